@@ -1,0 +1,10 @@
+/* Umbrella header of ZORBaseUx64: include this one and link ZORBaseUx64.lib. */
+#ifndef ZORBASE_H
+#define ZORBASE_H
+
+#include "zor_api.h"
+#include "zor_status.h"
+#include "zor_frame.h"
+#include "zor_ts.h"
+
+#endif

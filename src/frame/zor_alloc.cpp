@@ -1,0 +1,62 @@
+#include "zor_alloc.h"
+
+#include <stdlib.h>
+#include <windows.h>
+
+namespace {
+volatile LONG g_requests;
+volatile LONG g_live;
+volatile LONG g_failAt;    // request number that fails, 0 for none
+volatile LONG g_failAll;
+
+bool next_request_fails()
+{
+    LONG n = InterlockedIncrement(&g_requests);
+    return g_failAll || (g_failAt != 0 && n == g_failAt);
+}
+}
+
+void* zor_malloc(size_t bytes)
+{
+    if (next_request_fails())
+        return nullptr;
+    void* p = malloc(bytes);
+    if (p)
+        InterlockedIncrement(&g_live);
+    return p;
+}
+
+void* zor_calloc(size_t count, size_t bytes)
+{
+    if (next_request_fails())
+        return nullptr;
+    void* p = calloc(count, bytes);
+    if (p)
+        InterlockedIncrement(&g_live);
+    return p;
+}
+
+void* zor_realloc(void* block, size_t bytes)
+{
+    if (next_request_fails())
+        return nullptr;
+    void* p = realloc(block, bytes);
+    if (p && !block)
+        InterlockedIncrement(&g_live);
+    return p;
+}
+
+void zor_free(void* block)
+{
+    if (!block)
+        return;
+    InterlockedDecrement(&g_live);
+    free(block);
+}
+
+namespace zor_alloc_probe {
+void fail_nth(long n) { g_failAt = n > 0 ? g_requests + n : 0; }
+void fail_all(bool on) { g_failAll = on; }
+long requests() { return g_requests; }
+long live_blocks() { return g_live; }
+}
