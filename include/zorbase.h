@@ -6,5 +6,6 @@
 #include "zor_status.h"
 #include "zor_frame.h"
 #include "zor_ts.h"
+#include "zor_da.h"
 
 #endif

@@ -1,0 +1,141 @@
+#include "zor_da.h"
+
+#include <stdint.h>
+#include <string.h>
+
+#include "../frame/zor_alloc.h"
+
+namespace {
+
+constexpr int64_t kMaxBlockBytes = INT32_MAX;
+
+unsigned char* slot(const DA* da, int32_t index)
+{
+    return da->data + static_cast<ptrdiff_t>(index) * da->elemSize;
+}
+
+// Byte offset of `elem` inside the block, or -1 when it lies elsewhere; lets
+// a caller pass one of the array's own elements across a reallocation.
+int64_t offset_in_block(const DA* da, const void* elem)
+{
+    uintptr_t p = reinterpret_cast<uintptr_t>(elem);
+    uintptr_t begin = reinterpret_cast<uintptr_t>(da->data);
+    uintptr_t bytes = static_cast<uintptr_t>(da->capacity) * static_cast<uintptr_t>(da->elemSize);
+    return p >= begin && p < begin + bytes ? static_cast<int64_t>(p - begin) : -1;
+}
+
+// One reallocation to `capacity` slots; on failure the array is untouched.
+bool grow_to(DA* da, int64_t capacity)
+{
+    int64_t bytes = capacity * da->elemSize;
+    if (bytes > kMaxBlockBytes)
+        return false;
+    void* block = zor_realloc(da->data, static_cast<size_t>(bytes));
+    if (!block)
+        return false;
+    da->data = static_cast<unsigned char*>(block);
+    da->capacity = static_cast<int32_t>(capacity);
+    return true;
+}
+
+// Grows as DASetElem does: whole steps, as many as it takes to hold `index`.
+bool grow_to_hold(DA* da, int32_t index, const void** elem)
+{
+    int64_t steps = (static_cast<int64_t>(index) - da->capacity) / da->growth + 1;
+    int64_t offset = offset_in_block(da, *elem);
+    if (!grow_to(da, da->capacity + steps * da->growth))
+        return false;
+    if (offset >= 0)
+        *elem = da->data + offset;
+    return true;
+}
+
+}
+
+DA* DACreate(int32_t elemSize, int32_t initialCount)
+{
+    if (elemSize <= 0 || initialCount <= 0
+        || static_cast<int64_t>(elemSize) * initialCount > kMaxBlockBytes)
+        return nullptr;
+    DA* da = static_cast<DA*>(zor_malloc(sizeof(DA)));
+    if (!da)
+        return nullptr;
+    da->data = static_cast<unsigned char*>(zor_calloc(static_cast<size_t>(initialCount),
+                                                      static_cast<size_t>(elemSize)));
+    if (!da->data) {
+        zor_free(da);
+        return nullptr;
+    }
+    da->count = 0;
+    da->capacity = initialCount;
+    da->growth = initialCount;
+    da->elemSize = elemSize;
+    return da;
+}
+
+void DADestroy(DA* da)
+{
+    zor_free(da->data);
+    zor_free(da);
+}
+
+int32_t DAGetSize(const DA* da)
+{
+    return da->count;
+}
+
+void* DAGetElem(const DA* da, int32_t index)
+{
+    if (index < 0 || index >= da->capacity)
+        return nullptr;
+    return slot(da, index);
+}
+
+void* DAAddElem(DA* da, const void* elem)
+{
+    return DASetElem(da, da->count, elem);
+}
+
+void* DASetElem(DA* da, int32_t index, const void* elem)
+{
+    if (index >= da->capacity) {
+        if (!grow_to_hold(da, index, &elem))
+            return nullptr;
+    } else if (index < 0) {
+        return nullptr;
+    }
+    if (index >= da->count)
+        da->count = index + 1;
+    unsigned char* target = slot(da, index);
+    memmove(target, elem, static_cast<size_t>(da->elemSize));
+    return target;
+}
+
+void* DAInsertElem(DA* da, int32_t index, const void* elem)
+{
+    if (index >= da->count)
+        return DASetElem(da, index, elem);
+    if (index < 0)
+        return nullptr;
+    // One slot earlier than DAAddElem grows: callers rely on this step.
+    int64_t offset = offset_in_block(da, elem);
+    if (da->count + 1 >= da->capacity && !grow_to(da, static_cast<int64_t>(da->capacity) + da->growth))
+        return nullptr;
+    unsigned char* target = slot(da, index);
+    memmove(target + da->elemSize, target,
+            static_cast<size_t>(da->count - index) * static_cast<size_t>(da->elemSize));
+    ++da->count;
+    if (offset >= 0) {
+        // The source may itself have been part of the shifted tail.
+        int64_t shifted = offset >= static_cast<int64_t>(index) * da->elemSize ? da->elemSize : 0;
+        elem = da->data + offset + shifted;
+    }
+    memmove(target, elem, static_cast<size_t>(da->elemSize));
+    return target;
+}
+
+void DADeleteLast(DA* da)
+{
+    if (da->count > 0)
+        --da->count;
+}
