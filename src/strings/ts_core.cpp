@@ -6,6 +6,7 @@
 
 #include "../frame/zor_alloc.h"
 #include "../frame/zor_platform.h"
+#include "ts_shared.h"
 
 namespace {
 
@@ -28,7 +29,9 @@ bool resize_block(TSString* ts, int32_t units)
 // Scratch size of the number formatters: text beyond it is cut.
 constexpr int32_t kFormatCut = 512;
 
-TSString* set_formatted(TSString* ts, const wchar_t* format, ...)
+}
+
+TSString* ts_set_formatted(TSString* ts, const wchar_t* format, ...)
 {
     wchar_t* scratch = static_cast<wchar_t*>(zor_calloc(kFormatCut + 1, sizeof(wchar_t)));
     if (!scratch)
@@ -40,8 +43,6 @@ TSString* set_formatted(TSString* ts, const wchar_t* format, ...)
     TSString* result = TSSetStr(ts, scratch);
     zor_free(scratch);
     return result;
-}
-
 }
 
 TSString* TSNew(void)
@@ -164,14 +165,14 @@ TSString* TSFromCh(TSString* ts, wchar_t ch)
 
 TSString* TSCStr(TSString* ts, double value, const wchar_t* format)
 {
-    return set_formatted(ts, format, value);
+    return ts_set_formatted(ts, format, value);
 }
 
 TSString* TSStr(TSString* ts, double value, int32_t width, int32_t precision)
 {
     if (precision < 0)
-        return set_formatted(ts, L"%*.*e", int(width), int(-precision), value);
-    return set_formatted(ts, L"%*.*f", int(width), int(precision), value);
+        return ts_set_formatted(ts, L"%*.*e", int(width), int(-precision), value);
+    return ts_set_formatted(ts, L"%*.*f", int(width), int(precision), value);
 }
 
 TSString* TSAdd(TSString* dst, const TSString* src)

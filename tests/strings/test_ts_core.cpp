@@ -4,28 +4,8 @@
 
 #include "alloc_check.h"
 #include "dll_image.h"
+#include "ts_local.h"
 #include "zor_ts.h"
-
-namespace {
-// A TSString in the test's storage, released at scope end.
-struct Local {
-    TSString s;
-    Local() { TSClear(&s); }
-    explicit Local(const wchar_t* text) { TSSetStr(TSClear(&s), text); }
-    ~Local() { TSInit(&s); }
-    TSString* operator&() { return &s; }
-    std::wstring text() const { return std::wstring(TSGetStr(&s), size_t(TSGetLen(&s))); }
-};
-
-// The invariants that hold between any two calls.
-void check_shape(const TSString* ts)
-{
-    CHECK((ts->size == 0) == (ts->data == nullptr));
-    CHECK(ts->size != 1);
-    if (ts->size)
-        CHECK(ts->data[ts->size - 1] == 0);
-}
-}
 
 TEST_CASE("an empty string owns nothing and reads as the shared empty text")
 {

@@ -1,0 +1,70 @@
+#include <doctest/doctest.h>
+
+#include <locale.h>
+
+#include "alloc_check.h"
+#include "dll_image.h"
+#include "ts_local.h"
+
+TEST_CASE("numbers convert at the limits of their types, rounding ties to even")
+{
+    Local s;
+    CHECK(TSFromInt(&s, INT32_MIN)->data == std::wstring(L"-2147483648"));
+    CHECK(TSFromLong(&s, INT32_MAX)->data == std::wstring(L"2147483647"));
+    CHECK(TSFromULong(&s, 4294967295u)->data == std::wstring(L"4294967295"));
+    CHECK(TSFromDouble(&s, 1.5)->data == std::wstring(L"1.500000"));
+    struct Row { double value; int32_t decimals; const wchar_t* text; };
+    const Row rows[] = {{1.5, 2, L"1.50"},      {1.5, 0, L"2"},      {2.5, 0, L"2"},
+                        {0.125, 2, L"0.12"},    {2.675, 2, L"2.67"}, {-0.5, 0, L"-0"},
+                        {1.0, -3, L"1.000000"}, {1e20, 1, L"100000000000000000000.0"}};
+    for (const Row& row : rows) {
+        CAPTURE(row.value);
+        CHECK(TSFromDoubleFmt(&s, row.value, row.decimals)->data == std::wstring(row.text));
+    }
+    CHECK(TSGetLen(TSFromDouble(&s, -1.7976931348623157e308)) == 317);
+    CHECK(TSGetLen(TSFromDoubleFmt(&s, 1.0, 600)) == 512);
+    const std::pair<const wchar_t*, double> reads[] = {
+        {L"3.5abc", 3.5}, {L"", 0.0}, {L"abc", 0.0}, {L" \t-2e3x", -2000.0}, {L"1,5", 1.0}};
+    for (const auto& read : reads) {
+        TSSetStr(&s, read.first);
+        CHECK(TSVal(&s) == read.second);
+    }
+}
+
+TEST_CASE("the runtime locale governs the decimal point, reading and case")
+{
+    const std::wstring previous = TSSetLocale(LC_ALL, nullptr);
+    Local s(L"3,25"), word(L"\x00E4x");
+    REQUIRE(TSSetLocale(LC_ALL, L"German_Germany.1252") != nullptr);
+    CHECK(TSVal(&s) == 3.25);
+    CHECK(TSFromDoubleFmt(&s, 1.5, 2)->data == std::wstring(L"1,50"));
+    CHECK(TSUpper(&word)->data == std::wstring(L"\x00C4X"));
+    CHECK(TSLower(&word)->data == std::wstring(L"\x00E4x"));
+    CHECK(TSSetLocale(LC_ALL, L"no such locale") == nullptr);
+    TSSetLocale(LC_ALL, previous.c_str());
+    CHECK(TSFromDouble(&s, 1.5)->data == std::wstring(L"1.500000"));
+    Local empty;
+    CHECK((TSUpper(&empty) == &empty && TSEmpty(&empty)));
+}
+
+TEST_CASE("conversions that fail leave the string empty, no leak")
+{
+    NoLeak leak;
+    fail_each_allocation([](bool) {
+        Local s(L"old");
+        if (!TSFromInt(&s, 12))
+            CHECK(TSEmpty(&s));
+        if (!TSFromDoubleFmt(&s, 1.25, 1))  // the scratch area fails first: text kept
+            CHECK((TSEmpty(&s) || s.text() == L"12"));
+        check_shape(&s);
+    });
+}
+
+TEST_CASE("the DLL exports TS editing and conversion")
+{
+    CHECK(missing_exports({"TSLeft", "TSRight", "TSMid", "TSSubStr", "TSLTrim", "TSRTrim",
+                           "TSATrim", "TSUpper", "TSLower", "TSInvert", "TSRep", "TSChrSubst",
+                           "TSStrSubst", "TSStrPos", "TSStrRPos", "TSVal", "TSFromInt",
+                           "TSFromLong", "TSFromULong", "TSFromDouble", "TSFromDoubleFmt",
+                           "TSSetLocale"}) == "");
+}

@@ -1,0 +1,122 @@
+#include <doctest/doctest.h>
+
+#include <algorithm>
+
+#include "alloc_check.h"
+#include "ts_local.h"
+
+TEST_CASE("TSMid clips, TSSubStr is strict, TSLeft and TSRight stop at the ends")
+{
+    NoLeak leak;
+    Local src(L"abcdef"), dst;
+    struct Row { int32_t start, count; const wchar_t *mid, *sub, *left, *right; };
+    const Row rows[] = {
+        {2, 3, L"cde", L"cde", L"ab", L"ef"},  {2, 100, L"cdef", L"", L"ab", L"ef"},
+        {2, -1, L"cdef", L"", L"ab", L"ef"},   {-2, 1, L"e", L"", L"", L""},
+        {-2, -1, L"ef", L"", L"", L""},        {-8, 3, L"a", L"", L"", L""},
+        {-8, 2, L"", L"", L"", L""},           {-8, -1, L"abcdef", L"", L"", L""},
+        {-8, 0, L"", L"", L"", L""},           {6, 3, L"", L"", L"abcdef", L"abcdef"},
+        {7, 1, L"", L"", L"abcdef", L"abcdef"}, {2, 4, L"cdef", L"cdef", L"ab", L"ef"},
+        {0, 6, L"abcdef", L"abcdef", L"", L""}, {1, 0x7FFFFFFF, L"bcdef", L"", L"a", L"f"}};
+    using Extract = TSString* (*)(TSString*, const TSString*, int32_t, int32_t);
+    auto left = [](TSString* d, const TSString* s, int32_t n, int32_t) { return TSLeft(d, s, n); };
+    auto right = [](TSString* d, const TSString* s, int32_t n, int32_t) { return TSRight(d, s, n); };
+    for (const Row& row : rows) {
+        CAPTURE(row.start);
+        CAPTURE(row.count);
+        const std::pair<Extract, const wchar_t*> cases[] = {
+            {TSMid, row.mid}, {TSSubStr, row.sub}, {left, row.left}, {right, row.right}};
+        for (const auto& c : cases) {
+            TSSetStr(&dst, L"stale");
+            CHECK(c.first(&dst, &src, row.start, row.count) == &dst);
+            CHECK(dst.text() == c.second);
+            check_shape(&dst);
+        }
+    }
+    Local empty;
+    CHECK((TSMid(&dst, &empty, 0, 1) == &dst && TSEmpty(&dst)));
+}
+
+TEST_CASE("trimming removes spaces only, scanning by length; TSInvert and TSRep build")
+{
+    NoLeak leak;
+    Local s(L"   ");
+    CHECK(TSLTrim(&s) == &s);
+    CHECK(s.s.data == nullptr);
+    const std::pair<TSString* (*)(TSString*), std::wstring> trims[] = {
+        {TSLTrim, {L"a \0 ", 4}}, {TSRTrim, {L"  a \0", 5}}, {TSATrim, {L"a \0", 3}}};
+    for (const auto& trim : trims) {
+        Local t(L"  a \0 ", 6);
+        CHECK(trim.first(&t) == &t);
+        CHECK(t.text() == trim.second);
+    }
+    TSSetStr(&s, L"\ta\r\n");
+    CHECK(TSATrim(&s)->size == 5);
+    CHECK((TSInvert(&s, L"") == &s && TSEmpty(&s)));
+    CHECK(TSInvert(&s, L"abc")->data == std::wstring(L"cba"));
+    CHECK(TSInvert(&s, L"x\xD83D\xDE00")->data == std::wstring(L"\xDE00\xD83Dx"));
+    CHECK(TSRep(&s, L"ab", 3)->data == std::wstring(L"ababab"));
+    CHECK((TSRep(&s, L"ab", -1) == &s && TSEmpty(&s)));
+    TSSetStr(&s, L"old");
+    CHECK((TSRep(&s, L"", 1000000) == &s && TSEmpty(&s)));
+    TSSetStr(&s, L"old");
+    CHECK(TSRep(&s, L"abcd", 0x7FFFFFFF) == nullptr);  // past the longest length
+    CHECK(s.text() == L"old");
+}
+
+TEST_CASE("substitution never searches what it inserted; searches differ on an empty needle")
+{
+    NoLeak leak;
+    struct Row { const wchar_t *text, *pattern, *replacement, *chr, *str; };
+    const Row rows[] = {{L"a,b;c", L",;", L"--", L"a--b--c", L"a,b;c"},
+                        {L"a,b;c", L",;", nullptr, L"abc", L"a,b;c"},
+                        {L",,", L",", L"x", L"xx", L"xx"},
+                        {L"aaa", L"aa", L"b", L"bbb", L"ba"},
+                        {L"aaa", L"aa", L"aa", L"aaaaaa", L"aaa"},
+                        {L"abc", L"", L"x", L"abc", L"abc"},
+                        {L"", L"a", L"x", L"", L""}};
+    for (const Row& row : rows) {
+        Local chr(row.text), str(row.text);
+        CHECK(TSChrSubst(&chr, row.pattern, row.replacement)->size == chr.s.size);
+        CHECK(chr.text() == row.chr);
+        CHECK(TSStrSubst(&str, row.pattern, row.replacement) == &str);
+        CHECK(str.text() == row.str);
+    }
+    Local s(L"abcabc"), empty;
+    const int32_t search[][3] = {{0, 1, 4}, {2, 4, 4}, {5, -1, -1}, {6, -1, -1}, {7, -1, -1}, {-1, -1, 4}};
+    for (const auto& row : search) {
+        CHECK(TSStrPos(&s, L"bc", row[0]) == row[1]);
+        CHECK(TSStrRPos(&s, L"bc", row[0]) == row[2]);
+    }
+    CHECK(TSStrRPos(&s, L"abcabcx", 0) == -1);
+    CHECK(TSStrPos(&s, L"", 0) == -1);
+    CHECK(TSStrRPos(&s, L"", 0) == 6);
+    CHECK(TSStrRPos(&s, L"", 7) == -1);
+    CHECK(TSStrRPos(&empty, L"", 0) == 0);
+}
+
+TEST_CASE("exhaustion: substrings fail to null and empty, edits keep returning ts")
+{
+    NoLeak leak;
+    {
+        Local s(L"  keep  ");
+        AllAllocationsFail fail;
+        CHECK(TSATrim(&s) == &s);
+        CHECK(TSRep(&s, L"x", 3) == nullptr);
+        CHECK(s.text() == L"  keep  ");
+    }
+    long requests = fail_each_allocation([](bool) {
+        Local src(L" a,bc,d "), dst(L"old"), t(L" a,bc,d ");
+        if (!TSMid(&dst, &src, 1, 3))
+            CHECK(TSEmpty(&dst));
+        if (!TSLeft(&dst, &src, 99))
+            CHECK(TSEmpty(&dst));
+        CHECK(TSStrSubst(TSChrSubst(TSATrim(&t), L",", L";"), L"bc", L"BC") == &t);
+        check_shape(&t);
+        // A trim whose copy failed keeps its spaces; anything else lost empties.
+        std::wstring text = t.text();
+        text.erase(std::remove(text.begin(), text.end(), L' '), text.end());
+        CHECK((text.empty() || text == L"a;BC;d"));
+    });
+    CHECK(requests > 10);
+}
