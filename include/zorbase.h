@@ -7,5 +7,6 @@
 #include "zor_frame.h"
 #include "zor_ts.h"
 #include "zor_da.h"
+#include "zor_td.h"
 
 #endif
