@@ -7,6 +7,7 @@
 #include "zor_frame.h"
 #include "zor_ts.h"
 #include "zor_da.h"
+#include "zor_bt.h"
 #include "zor_td.h"
 
 #endif
