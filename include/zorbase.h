@@ -9,5 +9,6 @@
 #include "zor_da.h"
 #include "zor_bt.h"
 #include "zor_td.h"
+#include "zor_fm.h"
 
 #endif

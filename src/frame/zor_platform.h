@@ -16,6 +16,17 @@ extern "C" int __cdecl __stdio_common_vsprintf(unsigned long long options, char*
                                                size_t count, const char* format,
                                                _locale_t locale, va_list args);
 
+// Data that must lie in a fixed order in the image: both linkers sort the
+// grouped sections .data$<key> by key and pack them without gaps beyond
+// each object's alignment.
+#if defined(_MSC_VER)
+#  pragma section(".data$zor_ordered_1", read, write)
+#  pragma section(".data$zor_ordered_2", read, write)
+#  define ZOR_ORDERED_DATA(rank) __declspec(allocate(".data$zor_ordered_" #rank))
+#else
+#  define ZOR_ORDERED_DATA(rank) __attribute__((section(".data$zor_ordered_" #rank)))
+#endif
+
 #if defined(_MSC_VER)
 #  define ZOR_LIKELY(x) (x)
 #  define ZOR_UNLIKELY(x) (x)

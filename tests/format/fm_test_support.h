@@ -1,0 +1,65 @@
+// Shared by the FM tests: the runtime locale for a scope, a guarded print,
+// and wide text in failure messages.
+#pragma once
+
+#include <doctest/doctest.h>
+
+#include <locale.h>
+#include <wchar.h>
+
+#include <string>
+
+#include "zor_fm.h"
+
+namespace doctest {
+template <>
+struct StringMaker<std::wstring> {
+    static String convert(const std::wstring& text)
+    {
+        std::string shown = "\"";
+        for (wchar_t unit : text)
+            shown += unit >= 0x20 && unit < 0x7F ? static_cast<char>(unit) : '?';
+        return (shown + "\"").c_str();
+    }
+};
+}
+
+// Sets the runtime locale for a scope and restores the one before it.
+class RuntimeLocale {
+public:
+    explicit RuntimeLocale(const wchar_t* name) : m_before(_wsetlocale(LC_ALL, nullptr))
+    {
+        REQUIRE(_wsetlocale(LC_ALL, name) != nullptr);
+    }
+    ~RuntimeLocale() { _wsetlocale(LC_ALL, m_before.c_str()); }
+    RuntimeLocale(const RuntimeLocale&) = delete;
+    RuntimeLocale& operator=(const RuntimeLocale&) = delete;
+
+private:
+    std::wstring m_before;
+};
+
+// Point `.` and separator `,`, as the picture examples assume.
+constexpr const wchar_t* kEnglishLocale = L"English_United States.1252";
+// Point `,` and separator `.`.
+constexpr const wchar_t* kGermanLocale = L"German_Germany.1252";
+
+constexpr wchar_t kGuard = 0xFDFD;
+
+// Prints through a buffer of guard units and checks that nothing lands
+// behind the reported count; FMFormatDouble writes no terminator.
+inline std::wstring print(const wchar_t* picture, double value, const wchar_t* format = nullptr,
+                          int32_t* complete = nullptr)
+{
+    wchar_t buffer[64];
+    wmemset(buffer, kGuard, 64);
+    int32_t n = FMFormatDouble(format, picture, static_cast<int32_t>(wcslen(picture)), value,
+                               buffer, complete);
+    REQUIRE(n >= 0);
+    REQUIRE(n < 64);
+    int32_t touched = 64;
+    while (touched > 0 && buffer[touched - 1] == kGuard)
+        --touched;
+    CHECK(touched <= n);
+    return std::wstring(buffer, static_cast<size_t>(n));
+}
