@@ -7,6 +7,7 @@
 #define ZOR_TS_H
 
 #include "zor_api.h"
+#include "zor_td.h"
 
 typedef struct TSString {
     wchar_t* data;
@@ -101,6 +102,11 @@ ZOR_API TSString* TSFromLong(TSString* ts, int32_t value);
 ZOR_API TSString* TSFromULong(TSString* ts, uint32_t value);
 ZOR_API TSString* TSFromDouble(TSString* ts, double value);
 ZOR_API TSString* TSFromDoubleFmt(TSString* ts, double value, int32_t decimals);
+/* The date in the user's short date pattern (the system's when the user has
+   none; "yyyy-MM-dd" when neither can be read). A null `date` is the current
+   local time. Text that does not fit in 100 units, and a date the platform
+   refuses, give an empty `ts`, not a failure. */
+ZOR_API TSString* TSFromDate(TSString* ts, const TDDate* date);
 ZOR_API wchar_t*  TSSetLocale(int category, const wchar_t* locale);
 
 #endif

@@ -1,6 +1,7 @@
 #include <doctest/doctest.h>
 
 #include <locale.h>
+#include <windows.h>
 
 #include "alloc_check.h"
 #include "dll_image.h"
@@ -47,6 +48,24 @@ TEST_CASE("the runtime locale governs the decimal point, reading and case")
     CHECK((TSUpper(&empty) == &empty && TSEmpty(&empty)));
 }
 
+TEST_CASE("TSFromDate follows the user's short date pattern")
+{
+    wchar_t previous[100] = {};
+    REQUIRE(GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SSHORTDATE, previous, 100));
+    TDDate date = {2026, 3, 0, 7, 13, 45, 0, 0};
+    const std::pair<const wchar_t*, const wchar_t*> rows[] = {
+        {L"dd.MM.yyyy", L"07.03.2026"},
+        {L"yyyy/M/d", L"2026/3/7"},
+        {L"dddd dddd dddd dddd dddd dddd dddd dddd dddd dddd dddd dddd", L""}};  // 107 units
+    for (const auto& row : rows) {
+        REQUIRE(SetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SSHORTDATE, row.first));
+        Local s(L"old");
+        CHECK(TSFromDate(&s, &date) == &s);
+        CHECK(s.text() == row.second);
+    }
+    SetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SSHORTDATE, previous);
+}
+
 TEST_CASE("conversions that fail leave the string empty, no leak")
 {
     NoLeak leak;
@@ -56,6 +75,9 @@ TEST_CASE("conversions that fail leave the string empty, no leak")
             CHECK(TSEmpty(&s));
         if (!TSFromDoubleFmt(&s, 1.25, 1))  // the scratch area fails first: text kept
             CHECK((TSEmpty(&s) || s.text() == L"12"));
+        TDDate date = {2026, 3, 0, 7, 0, 0, 0, 0};
+        if (!TSFromDate(&s, &date))
+            CHECK(TSEmpty(&s));
         check_shape(&s);
     });
 }
@@ -66,5 +88,5 @@ TEST_CASE("the DLL exports TS editing and conversion")
                            "TSATrim", "TSUpper", "TSLower", "TSInvert", "TSRep", "TSChrSubst",
                            "TSStrSubst", "TSStrPos", "TSStrRPos", "TSVal", "TSFromInt",
                            "TSFromLong", "TSFromULong", "TSFromDouble", "TSFromDoubleFmt",
-                           "TSSetLocale"}) == "");
+                           "TSFromDate", "TSSetLocale"}) == "");
 }
