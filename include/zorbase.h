@@ -10,5 +10,6 @@
 #include "zor_bt.h"
 #include "zor_td.h"
 #include "zor_fm.h"
+#include "zor_fsc.h"
 
 #endif
