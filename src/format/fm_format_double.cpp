@@ -9,8 +9,9 @@
 
 namespace {
 
-// Room for the widest double at a few hundred decimals; a request beyond it
-// makes the conversion fail rather than overrun.
+// The widest double has 309 integer digits, which leaves room for about 40
+// decimals behind them; a request beyond that makes the conversion fail
+// rather than overrun.
 constexpr size_t kDigitBufferBytes = 349;
 constexpr wchar_t kLeftJustify = L'<';
 
