@@ -49,7 +49,9 @@ ZOR_API TDDate* TDSubst(TDDate* dst, const TDDate* src);
 
 /* TDSetTime stores the fields and normalises them by adding an empty
    interval (second 75 becomes the next minute, 29 February 2013 becomes
-   1 March); TDSetInterval stores them as they are. Both set dayOfWeek 0. */
+   1 March, month 13 day 5 becomes 5 January of the next year: the day walk
+   takes any month beyond December as the end of the year); TDSetInterval
+   stores them as they are. Both set dayOfWeek 0. */
 ZOR_API TDDate* TDSetTime(TDDate* date, uint16_t year, uint16_t month, uint16_t day,
                           uint16_t hour, uint16_t minute, uint16_t second,
                           uint16_t milliSeconds);
@@ -94,7 +96,8 @@ ZOR_API uint16_t TDGetWeekOfYear(const TDDate* date);
      t tt        A or P (tt: AM or PM) adds 12 hours for P
      g           era, reads nothing
    Every other unit is a literal that must stand in the text exactly; there
-   is no quoting. Whatever precedes a field in the text is passed over; text
+   is no quoting. Digits of other scripts count by their decimal value.
+   Whatever precedes a field in the text is passed over; text
    behind the last item is not looked at. A field met again in the same
    picture (H after h, dd after dddd) reads nothing. Names come from the
    locale and are compared case-blind; a name field reads at most 39 letters
