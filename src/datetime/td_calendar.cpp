@@ -82,9 +82,9 @@ TDDate* TDCopy(TDDate* dst, const TDDate* src)
 
 int TDCmp(const TDDate* a, const TDDate* b)
 {
-    const uint16_t TDDate::*const kOrder[] = {&TDDate::year,   &TDDate::month,  &TDDate::day,
-                                              &TDDate::hour,   &TDDate::minute, &TDDate::second,
-                                              &TDDate::milliSeconds};
+    const uint16_t TDDate::*const kOrder[] = {
+        &TDDate::year,   &TDDate::month,  &TDDate::day,         &TDDate::hour,
+        &TDDate::minute, &TDDate::second, &TDDate::milliSeconds};
     for (auto field : kOrder) {
         if (a->*field != b->*field)
             return a->*field < b->*field ? -1 : 1;

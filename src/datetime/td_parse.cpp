@@ -18,8 +18,8 @@ struct FieldLetter {
 };
 
 const FieldLetter kLetters[] = {
-    {L'd', kDay, 4},    {L'M', kMonth, 4},  {L'y', kYear, 4},   {L'H', kHour, 2},
-    {L'h', kHour, 2},   {L'm', kMinute, 2}, {L's', kSecond, 2}, {L't', kAmPm, 2},
+    {L'd', kDay, 4},  {L'M', kMonth, 4},  {L'y', kYear, 4},   {L'H', kHour, 2},
+    {L'h', kHour, 2}, {L'm', kMinute, 2}, {L's', kSecond, 2}, {L't', kAmPm, 2},
 };
 
 const FieldLetter* find_letter(wchar_t unit)
@@ -142,7 +142,8 @@ void PictureReader::read_field(wchar_t letter, int run)
     case L'd':
         if (run >= 3) {
             // The names run from Monday, so the seventh place is Sunday, 0.
-            m_work.dayOfWeek = static_cast<uint16_t>(read_name(run, kShortDayNames, kFullDayNames) % 7);
+            m_work.dayOfWeek =
+                static_cast<uint16_t>(read_name(run, kShortDayNames, kFullDayNames) % 7);
         } else {
             unsigned day = read_number(2);
             if (day == 0 || day > 31)
@@ -151,8 +152,8 @@ void PictureReader::read_field(wchar_t letter, int run)
         }
         break;
     case L'M': {
-        unsigned month = run >= 3 ? unsigned(read_name(run, kShortMonthNames, kFullMonthNames))
-                                  : read_number(2);
+        unsigned month =
+            run >= 3 ? unsigned(read_name(run, kShortMonthNames, kFullMonthNames)) : read_number(2);
         if (month == 0 || month > 12)
             m_error = true;
         m_work.month = static_cast<uint16_t>(month);

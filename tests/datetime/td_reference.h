@@ -6,6 +6,13 @@
 
 namespace td_reference {
 
+inline TDDate make(uint16_t y, uint16_t mo, uint16_t d, uint16_t h = 0, uint16_t mi = 0,
+                   uint16_t s = 0, uint16_t ms = 0)
+{
+    TDDate date;
+    return *TDSetInterval(&date, y, mo, d, h, mi, s, ms);
+}
+
 // Days since 1 March of year 0, proleptic Gregorian; for years from 1 on.
 inline long day_number(long year, long month, long day)
 {
@@ -16,36 +23,42 @@ inline long day_number(long year, long month, long day)
     return 365 * year + year / 4 - year / 100 + year / 400 + (153 * (month - 3) + 2) / 5 + day - 1;
 }
 
-inline long day_number(const TDDate& date) { return day_number(date.year, date.month, date.day); }
+inline long day_number(const TDDate& date)
+{
+    return day_number(date.year, date.month, date.day);
+}
 
 // The inverse of day_number, by search, so that it shares no formula with it.
 inline TDDate date_of(long number)
 {
-    TDDate date = {};
     long year = number / 366, month = 1;
     while (day_number(year + 1, 1, 1) <= number)
         ++year;
     while (month < 12 && day_number(year, month + 1, 1) <= number)
         ++month;
-    TDSetInterval(&date, uint16_t(year), uint16_t(month), uint16_t(number - day_number(year, month, 1) + 1), 0, 0, 0, 0);
-    return date;
+    return make(uint16_t(year), uint16_t(month), uint16_t(number - day_number(year, month, 1) + 1));
 }
 
 // 0 Sunday to 6 Saturday; 1 March of year 0 was a Wednesday.
-inline int weekday(long number) { return int((number + 3) % 7); }
-
-inline TDDate make(uint16_t y, uint16_t mo, uint16_t d, uint16_t h = 0, uint16_t mi = 0, uint16_t s = 0,
-                   uint16_t ms = 0)
+inline int weekday(long number)
 {
-    TDDate date;
-    return *TDSetInterval(&date, y, mo, d, h, mi, s, ms);
+    return int((number + 3) % 7);
 }
 
 // A deterministic generator, so that every run checks the same dates.
 class Random {
 public:
     explicit Random(uint32_t seed) : m_state(seed) {}
-    uint32_t below(uint32_t bound) { return ((m_state = m_state * 1664525u + 1013904223u) >> 8) % bound; }
+    uint32_t below(uint32_t bound)
+    {
+        m_state = m_state * 1664525u + 1013904223u;
+        return (m_state >> 8) % bound;
+    }
+    uint16_t field(uint32_t bound) { return uint16_t(below(bound)); }
+    TDDate date(long first, long last)
+    {
+        return date_of(first + long(below(uint32_t(last - first))));
+    }
 
 private:
     uint32_t m_state;

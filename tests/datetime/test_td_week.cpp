@@ -21,7 +21,7 @@ int reference_week(long number, long year, wchar_t rule)
 {
     if (number >= week_one(year + 1, rule))
         return 1;
-    long start = number < week_one(year, rule) ? week_one(year - 1, rule) : week_one(year, rule);
+    long start = week_one(number < week_one(year, rule) ? year - 1 : year, rule);
     return int((number - start) / 7 + 1);
 }
 
@@ -42,8 +42,8 @@ TEST_CASE("the weekday comes from the platform, which rewrites or refuses the re
         CHECK(TDGetDayOfWeek(&date) == weekday(number));
         CHECK((date.dayOfWeek == weekday(number) && TDCmp(&date, &kept) == 0));
     }
-    for (const TDDate& bad : {make(1600, 12, 31), make(60000, 1, 1), make(2012, 0, 1), make(2012, 13, 1),
-                              make(2012, 2, 30), make(2012, 1, 0)}) {
+    for (const TDDate& bad : {make(1600, 12, 31), make(60000, 1, 1), make(2012, 0, 1),
+                              make(2012, 13, 1), make(2012, 2, 30), make(2012, 1, 0)}) {
         TDDate date = bad;
         date.dayOfWeek = 4;
         CHECK(TDGetDayOfWeek(&date) == 0);
@@ -55,17 +55,17 @@ TEST_CASE("the weekday comes from the platform, which rewrites or refuses the re
 
 TEST_CASE("week numbers follow the locale's first-week rule for every day")
 {
+    TDDate oneDay = make(0, 0, 1);
     for (const wchar_t* rule : {L"0", L"1", L"2"}) {
         LocaleSetting setting(LOCALE_IFIRSTWEEKOFYEAR, rule);
-        CAPTURE(rule[0]);
-        TDDate oneDay = make(0, 0, 1);
         for (TDDate date = make(1999, 1, 1, 12); date.year <= 2030; TDAdd(&date, &oneDay)) {
-            INFO(date.year, "-", date.month, "-", date.day);
+            INFO("rule ", char(rule[0]), ": ", date.year, "-", date.month, "-", date.day);
             CHECK(TDGetWeekOfYear(&date) == reference_week(day_number(date), date.year, rule[0]));
         }
     }
     LocaleSetting iso(LOCALE_IFIRSTWEEKOFYEAR, L"2");
     TDDate sunday = make(2012, 1, 1), monday = make(2012, 12, 31), noDay = make(2012, 0, 0);
-    CHECK((TDGetWeekOfYear(&sunday) == 52 && TDGetWeekOfYear(&monday) == 1 && TDGetWeekOfYear(&noDay) == 0));
+    CHECK((TDGetWeekOfYear(&sunday) == 52 && TDGetWeekOfYear(&monday) == 1));
+    CHECK(TDGetWeekOfYear(&noDay) == 0);
     CHECK((TDGetWeekOfYear(nullptr) >= 1 && TDGetWeekOfYear(nullptr) <= 53));
 }
