@@ -83,6 +83,7 @@ TEST_CASE("reading by a picture: fields, limits, literals, repetitions and the c
         {L"31.02", L"dd.MM", make(0, 2, 31)},
         {L"at 7:05:09", L"H:mm:ss", make(0, 0, 0, 7, 5, 9)},
         {L"x5", L"d", make(0, 0, 5)},           {L"123", L"dd", make(0, 0, 12)},
+        {L"\u0661\uFF12", L"dd", make(0, 0, 12)},  // digits of other scripts
         {L"12", L"yy", make(2012, 0, 0)},       {L"99", L"yy", make(2099, 0, 0)},
         {L"5", L"y", make(2005, 0, 0)},         {L"123456", L"yyyy", make(1234, 0, 0)},
         {L"", L"yy", make(2000, 0, 0)},         {L"", L"d", kFailed},
