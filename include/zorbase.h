@@ -11,5 +11,6 @@
 #include "zor_td.h"
 #include "zor_fm.h"
 #include "zor_fsc.h"
+#include "zor_sym.h"
 
 #endif
