@@ -132,13 +132,22 @@ bool continues_word(const Dialect& dialect, wchar_t c)
     return dialect.germanLetters && is_german_letter(c);
 }
 
+// The runtime maps ASCII the same in every locale (its casing is not
+// linguistic); sparing the call there nearly halves the time per identifier.
+ZOR_FORCEINLINE wchar_t upper_case(wchar_t c)
+{
+    if (c < 0x80)
+        return c >= L'a' && c <= L'z' ? wchar_t(c - 0x20) : c;
+    return wchar_t(towupper(c));
+}
+
 void scan_identifier(SymScanner* sc, const Dialect& dialect, uint32_t col)
 {
     const wchar_t* text = sc->text;
     for (;;) {
         wchar_t c = text[col++];
         if (ZOR_LIKELY(sc->alphaLen < sc->bufLen)) {
-            sc->alphaUpper[sc->alphaLen] = wchar_t(towupper(c));
+            sc->alphaUpper[sc->alphaLen] = upper_case(c);
             sc->alpha[sc->alphaLen++] = c;
         }
         if (dialect.atAndDollar && c == L'$')

@@ -4,23 +4,23 @@
 
 #include <doctest/doctest.h>
 
+#include <stdio.h>
 #include <string>
 
 #include "zor_sym.h"
 
-// Units from 0x7F up print as <hex>.
-inline std::string printable(const wchar_t* text, uint32_t len)
+// Units outside printable ASCII print as <hex>.
+inline std::string printable(const wchar_t* text, size_t len)
 {
     std::string out;
-    for (uint32_t i = 0; i < len; ++i) {
+    for (size_t i = 0; i < len; ++i) {
+        char unit[16];
         unsigned c = uint16_t(text[i]);
-        if (c >= 0x20 && c < 0x7F) {
-            out += char(c);
-        } else {
-            char hex[16];
-            snprintf(hex, sizeof hex, "<%x>", c);
-            out += hex;
-        }
+        if (c >= 0x20 && c < 0x7F)
+            snprintf(unit, sizeof unit, "%c", char(c));
+        else
+            snprintf(unit, sizeof unit, "<%x>", c);
+        out += unit;
     }
     return out;
 }
@@ -33,28 +33,29 @@ struct Scanner {
         REQUIRE(SymInit(&sc, maxIdent, bufLen, ignoreCase, mode) == ZOR_S_OK);
     }
     ~Scanner() { SymRelease(&sc); }
-    Scanner(const Scanner&) = delete;
-    Scanner& operator=(const Scanner&) = delete;
 
     std::string alpha() const { return printable(sc.alpha, sc.alphaLen); }
-    std::string upper() const { return printable(sc.alphaUpper, sc.alphaLen); }
     std::string raw() const { return printable(sc.raw, sc.rawLen); }
 
-    // "code:alpha" for each token of `text` up to the end of the text, or up
-    // to an error token that ran into it; `all` keeps comment tokens.
-    std::string tokens(const wchar_t* text, bool all = false)
+    // Sets up a call of one scanning routine on `text` at `column`.
+    void at(const wchar_t* text, uint32_t column)
     {
         SymNewLine(&sc, text);
-        return more(all);
+        sc.column = column;
+        sc.alphaLen = sc.rawLen = 0;
     }
 
-    std::string more(bool all = false)
+    // "code:alpha" for each token of `text` (null: of the current text) up
+    // to its end, or up to a string error that ran into it; `all` keeps
+    // comment tokens.
+    std::string tokens(const wchar_t* text, bool all = false)
     {
+        if (text)
+            SymNewLine(&sc, text);
         std::string out;
         for (int n = 0; n < 200; ++n) {
             int32_t token = all ? SymGetNextSymAll(&sc) : SymGetNextSym(&sc);
-            CHECK(token == sc.sym);
-            CHECK(sc.alpha[sc.alphaLen] == 0);
+            CHECK((token == sc.sym && sc.alpha[sc.alphaLen] == 0 && sc.raw[sc.rawLen] == 0));
             out += (out.empty() ? "" : " ") + std::to_string(token);
             if (token == SYM_EOL)
                 return out;
@@ -63,5 +64,24 @@ struct Scanner {
                 return out;
         }
         return out + " ...";
+    }
+
+    // The first token of `text`, comments included, as "code=value" with
+    // the value field that a number's code names, and "@column" when the
+    // token ends before the text.
+    std::string number(const wchar_t* text)
+    {
+        SymNewLine(&sc, text);
+        int32_t token = SymGetNextSymAll(&sc);
+        double value = token == SYM_SHORT    ? SymGetShort(&sc)
+                       : token == SYM_USHORT ? SymGetUShort(&sc)
+                       : token == SYM_LONG   ? SymGetLong(&sc)
+                       : token == SYM_ULONG  ? SymGetULong(&sc)
+                                             : SymGetDouble(&sc);
+        char out[64];
+        int n = snprintf(out, sizeof out, token >= SYM_DOUBLE && token < 0 ? "%d=%.15g" : "%d", token, value);
+        if (text[SymGetColumnNo(&sc)] != 0)
+            snprintf(out + n, sizeof out - size_t(n), "@%u", SymGetColumnNo(&sc));
+        return out;
     }
 };

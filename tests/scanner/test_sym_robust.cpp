@@ -17,88 +17,56 @@ TEST_CASE("the DLL exports the whole family")
 }
 
 namespace {
-constexpr uint32_t kGuardUnits = 8;
-constexpr wchar_t kGuard = 0xFDFD;
-
-// Buffers with guard units behind bufLen + 1, swapped in for the scanner's
-// own so that a write past the end shows.
-struct GuardedBuffers {
-    std::vector<wchar_t> units[3];
-    wchar_t* own[3];
-    SymScanner* sc;
-
-    explicit GuardedBuffers(SymScanner* scanner) : sc(scanner)
-    {
-        wchar_t** fields[3] = {&sc->alpha, &sc->alphaUpper, &sc->raw};
-        for (int i = 0; i < 3; ++i) {
-            units[i].assign(sc->bufLen + 1 + kGuardUnits, kGuard);
-            own[i] = *fields[i];
-            *fields[i] = units[i].data();
-        }
-    }
-    ~GuardedBuffers()
-    {
-        sc->alpha = own[0];
-        sc->alphaUpper = own[1];
-        sc->raw = own[2];
-    }
-    bool intact() const
-    {
-        for (const auto& u : units)
-            for (uint32_t i = sc->bufLen + 1; i < u.size(); ++i)
-                if (u[i] != kGuard)
-                    return false;
-        return true;
-    }
+const wchar_t* const kPieces[] = {
+    L"\"", L"'", L"\\", L"\\x", L"\\0", L"0x", L"0b", L"1", L"9", L"0", L".", L"..", L".and.", L".T",
+    L"/*", L"*/", L"//", L"/", L"*", L" ", L"\r\n", L"ab", L"Z_", L"@$", L"\xE4", L"\xA0", L"<<=",
+    L">>", L"=", L"|", L"&", L"4294967296", L"\xFFFF", L"\\\\",
 };
-
-std::wstring random_line(std::mt19937& rng)
-{
-    static const wchar_t* const kPieces[] = {
-        L"\"", L"'", L"\\", L"\\x", L"\\0", L"0x", L"0b", L"1", L"9", L"0", L".", L"..", L".and.",
-        L".T", L"/*", L"*/", L"//", L"/", L"*", L" ", L"\t", L"\r\n", L"ab", L"Z_", L"@$", L"\xE4",
-        L"\xA0", L"<<=", L">>", L"=", L"|", L"&", L"4294967296", L"\x200B", L"\xFFFF", L"\\\\",
-    };
-    std::uniform_int_distribution<size_t> piece(0, sizeof kPieces / sizeof kPieces[0] - 1);
-    std::uniform_int_distribution<int> count(0, 40);
-    std::wstring line;
-    for (int n = count(rng); n > 0; --n)
-        line += kPieces[piece(rng)];
-    return line;
-}
 }
 
 TEST_CASE("random lines end in bounded steps and never write behind the buffers")
 {
+    constexpr wchar_t kGuard = 0xFDFD;
     std::mt19937 rng(20261122);
+    std::uniform_int_distribution<size_t> piece(0, sizeof kPieces / sizeof kPieces[0] - 1);
     for (int32_t mode = 0; mode < 4; ++mode) {
         for (uint32_t bufLen : {5u, 6u, 9u, 64u}) {
             Scanner s(mode, 3, bufLen);
-            GuardedBuffers guard(&s.sc);
+            // Buffers of the test's with guard units behind bufLen + 1.
+            std::vector<wchar_t> guarded[3];
+            wchar_t** fields[3] = {&s.sc.alpha, &s.sc.alphaUpper, &s.sc.raw};
+            wchar_t* own[3];
+            for (int i = 0; i < 3; ++i) {
+                guarded[i].assign(bufLen + 9, kGuard);
+                own[i] = *fields[i];
+                *fields[i] = guarded[i].data();
+            }
             for (int line = 0; line < 1500; ++line) {
-                std::wstring text = random_line(rng);
+                std::wstring text;
+                for (int n = int(rng() % 40); n > 0; --n)
+                    text += kPieces[piece(rng)];
                 SymNewLine(&s.sc, text.c_str());
                 bool filtered = line % 2 == 0;
-                size_t steps = 0;
-                for (;; ++steps) {
+                for (size_t steps = 0;; ++steps) {
                     REQUIRE(steps <= text.size() + 2);
                     int32_t token = filtered ? SymGetNextSym(&s.sc) : SymGetNextSymAll(&s.sc);
-                    REQUIRE(s.sc.column <= text.size());
-                    REQUIRE(s.sc.alphaLen <= bufLen);
-                    REQUIRE(s.sc.rawLen <= bufLen);
+                    REQUIRE((s.sc.column <= text.size() && s.sc.alphaLen <= bufLen && s.sc.rawLen <= bufLen));
                     if (token == SYM_EOL)
                         break;
-                    // Carry an open string into the next line now and then,
-                    // as a caller that reads on after the error does.
-                    if ((token == SYM_ERR_STRING || token == SYM_ERR_CHARACTER) &&
-                        s.sc.text[s.sc.column] == 0) {
+                    // Now and then an open string goes on into the next line,
+                    // as for a caller that reads on after the error.
+                    if ((token == SYM_ERR_STRING || token == SYM_ERR_CHARACTER) && text[s.sc.column] == 0) {
                         if (line % 3 == 0)
                             break;
                         SymReset(&s.sc);
                     }
                 }
-                REQUIRE(guard.intact());
+                for (const auto& units : guarded)
+                    for (size_t i = bufLen + 1; i < units.size(); ++i)
+                        REQUIRE(units[i] == kGuard);
             }
+            for (int i = 0; i < 3; ++i)
+                *fields[i] = own[i];
         }
     }
 }
@@ -121,6 +89,7 @@ TEST_CASE("exhaustion in SymInit leaves nothing allocated; SymSetKeyword keeps t
             CHECK(SymGetNextSym(&sc) == (mode == 1 ? SYM_AND : SYM_IDENT));
             SymRelease(&sc);
         });
+        // The table, three buffers, and in the dotted dialects eight words.
         CHECK(made == (mode == 1 ? 12 : 4));
     }
 
