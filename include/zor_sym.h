@@ -19,8 +19,8 @@
    Call order: SymInit, any SymSetKeyword, then per text SymNewLine and
    SymGetNextSym until SYM_EOL, in the end SymRelease. After an error token
    a caller that starts a fresh text calls SymReset first: an open string
-   (SYM_ERR_STRING, SYM_ERR_CHAR) otherwise goes on into the next text, and
-   asking again on the same text repeats the error token. */
+   (SYM_ERR_STRING, SYM_ERR_CHARACTER) otherwise goes on into the next
+   text, and asking again on the same text repeats the error token. */
 #ifndef ZOR_SYM_H
 #define ZOR_SYM_H
 

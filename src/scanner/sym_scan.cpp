@@ -117,9 +117,10 @@ bool is_german_letter(wchar_t c)
 
 ZOR_FORCEINLINE bool is_blank(wchar_t c)
 {
-    if (c == L' ')
+    // Blank, tab and line breaks are space, printable ASCII is not, in any
+    // locale; only the rest needs the runtime's call.
+    if (c == L' ' || (c >= 9 && c <= 13))
         return true;
-    // Printable ASCII is no space in any locale; spare the runtime call.
     if (c > L' ' && c < 0x7F)
         return false;
     return c == 0x1A || c == 0xA0 || c == 0x200B || (c != 0 && iswspace(c));
