@@ -111,8 +111,11 @@ typedef struct SymScanner {
 } SymScanner;
 
 /* Creates the keyword table and the three buffers, and in modes 1 and 3
-   the words not/or/xor/and in lower and in upper case. bufferLen must leave
-   room for the longest operator (5 units, ".NOT."). On ZOR_E_OUTOFMEMORY
+   the words not/or/xor/and in lower and in upper case. bufferLen should
+   leave room for the longest operator (5 units, ".NOT."); with less, token
+   texts are cut short, but nothing is written behind the buffers.
+   maxIdentLen limits identifiers to maxIdentLen + 1 units; the rest of a
+   longer word makes the next token. On ZOR_E_OUTOFMEMORY
    nothing stays allocated: the buffer and table pointers are null, the
    object must not be scanned with, and SymRelease on it does nothing. */
 ZOR_API ZORStatus SymInit(SymScanner* sc, uint32_t maxIdentLen, uint32_t bufferLen,
@@ -137,7 +140,8 @@ ZOR_API void      SymNewLine(SymScanner* sc, const wchar_t* text);
    string reaches the end of the text, the filter drops it (openQuote is
    cleared), and the call ends with SYM_EOL with the comment depth kept.
    Comment text never carries a string into the next text. In modes 1 and 3
-   whole comments are dropped and -203, -204 come back. */
+   whole comments are dropped and -203, -204 come back. An unknown mode
+   gives 0. */
 ZOR_API int32_t   SymGetNextSym(SymScanner* sc);
 /* The next token, comments included. An unknown mode gives 0 and changes
    nothing. At the end of the text SYM_EOL, again on every further call. */
