@@ -12,5 +12,6 @@
 #include "zor_fm.h"
 #include "zor_fsc.h"
 #include "zor_sym.h"
+#include "zor_expr.h"
 
 #endif

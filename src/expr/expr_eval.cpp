@@ -1,0 +1,164 @@
+// The run loop: one pass from a start index to its EOP_END over a stack of
+// instruction indexes. Each instruction fills its own slot and pushes its
+// index; operators find their operands through the indexes they pop.
+#include "zor_expr.h"
+
+#include "../frame/zor_alloc.h"
+#include "../frame/zor_platform.h"
+#include "expr_ops.h"
+
+namespace {
+
+constexpr int32_t kStackStep = 20;
+
+ZOR_FORCEINLINE ExprInstr* instructions(const ExprContext* expr)
+{
+    return reinterpret_cast<ExprInstr*>(expr->code->data);
+}
+
+// On exhaustion the stack is emptied rather than left null with a stale
+// size, so that the object stays usable.
+ZOR_NOINLINE ZORStatus grow_stack(ExprContext* expr)
+{
+    void* block = zor_realloc(expr->stack, size_t(expr->stackSize + kStackStep) * sizeof(int32_t));
+    if (!block) {
+        zor_free(expr->stack);
+        expr->stack = nullptr;
+        expr->stackDepth = expr->stackSize = 0;
+        return ZOR_E_OUTOFMEMORY;
+    }
+    expr->stack = static_cast<int32_t*>(block);
+    expr->stackSize += kStackStep;
+    return ZOR_S_OK;
+}
+
+// EOP_PAR: the function's name lies on top of its arguments. The function
+// pops the arguments itself; its result goes into the call's slot.
+ZOR_NOINLINE ZORStatus call_user_function(ExprContext* expr, uint32_t ip, intptr_t userArg)
+{
+    if (expr->stackDepth < 1)
+        return ZOR_E_UNEXPECTED;
+    const ExprInstr& name = instructions(expr)[expr->stack[--expr->stackDepth]];
+    void* const fn = name.operand.value;
+    const uint32_t type = instructions(expr)[ip].operand.type;
+    // The function may compile into this object, which can move the array:
+    // the slot is looked up again after the call.
+    auto slot = [expr, ip]() { return instructions(expr)[ip].operand.value; };
+    switch (type) {
+    case EXT_Char: {
+        const int32_t result = reinterpret_cast<ExprIntFn>(fn)(expr, userArg);
+        *static_cast<uint16_t*>(slot()) = uint16_t(result);
+        break;
+    }
+    case EXT_Long:
+    case EXT_ULong: {
+        const int32_t result = reinterpret_cast<ExprIntFn>(fn)(expr, userArg);
+        *static_cast<int32_t*>(slot()) = result;
+        break;
+    }
+    case EXT_Double: {
+        const double result = reinterpret_cast<ExprDoubleFn>(fn)(expr, userArg);
+        *static_cast<double*>(slot()) = result;
+        break;
+    }
+    case EXT_BitField: {
+        const ExprBitField result = reinterpret_cast<ExprBitFieldFn>(fn)(expr, userArg);
+        *static_cast<ExprBitField*>(slot()) = result;
+        break;
+    }
+    case EXT_String: {
+        const TSString* result = reinterpret_cast<ExprStringFn>(fn)(expr, userArg);
+        TSCopy(static_cast<TSString*>(slot()), result);
+        break;
+    }
+    case EXT_Date: {
+        const TDDate* result = reinterpret_cast<ExprDateFn>(fn)(expr, userArg);
+        TDCopy(static_cast<TDDate*>(slot()), result);
+        break;
+    }
+    default:
+        return ZOR_S_OK;
+    }
+    return expr->evalErr;
+}
+
+}
+
+ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
+{
+    expr->evalErr = 0;
+    if (start == EXPR_EMPTY)
+        return ZOR_S_OK;
+    const bool runAll = start == EXPR_RUN_ALL;
+    uint32_t ip = runAll ? 0 : start;
+    ExprInstr* code = instructions(expr);
+    uint32_t count = uint32_t(expr->code->count);
+    if (ip >= count)
+        return ZOR_S_OK;
+    for (;;) {
+        ExprInstr* const instr = code + ip;
+        const uint32_t opcode = instr->opcode;
+        if (opcode == EOP_NOP) {
+            if (ZOR_UNLIKELY(instr->operand.xrefIndex != -1) && instr->operand.storage != EXS_Function) {
+                const ZORStatus status = expr_refresh_variable(expr, instr->operand.xrefIndex, start, userArg);
+                if (status != ZOR_S_OK)
+                    return status;
+                code = instructions(expr);
+                count = uint32_t(expr->code->count);
+            }
+        } else if (ZOR_LIKELY(opcode <= EOP_TO_STRING) && opcode != EOP_END && opcode != EOP_PAR) {
+            const uint32_t arity = kExprOpArity[opcode];
+            int32_t depth = expr->stackDepth;
+            if (ZOR_UNLIKELY(depth < int32_t(arity)))
+                return ZOR_E_UNEXPECTED;
+            const int32_t* stack = expr->stack;
+            ExprInstr* y = nullptr;
+            if (arity == 2)
+                y = code + stack[--depth];
+            ExprInstr* const x = code + stack[--depth];
+            expr->stackDepth = depth;
+            const ZORStatus status = kExprOpHandlers[opcode](expr, instr, x, y);
+            if (status != ZOR_S_OK)
+                return status;
+        } else if (opcode == EOP_END) {
+            if (!runAll)
+                return ZOR_S_OK;
+        } else if (opcode == EOP_PAR) {
+            const ZORStatus status = call_user_function(expr, ip, userArg);
+            code = instructions(expr);
+            count = uint32_t(expr->code->count);
+            if (status != ZOR_S_OK)
+                return status;
+        }
+        if (ZOR_UNLIKELY(expr->stackDepth >= expr->stackSize)) {
+            const ZORStatus status = grow_stack(expr);
+            if (status != ZOR_S_OK)
+                return status;
+        }
+        expr->stack[expr->stackDepth++] = int32_t(ip);
+        if (++ip >= count)
+            return ZOR_S_OK;
+    }
+}
+
+void* ExprPopResult(ExprContext* expr)
+{
+    return instructions(expr)[expr->stack[--expr->stackDepth]].operand.value;
+}
+
+void* ExprPopArgument(ExprContext* expr, uint32_t* type)
+{
+    const ExprOperand& operand = instructions(expr)[expr->stack[--expr->stackDepth]].operand;
+    *type = operand.type;
+    return operand.value;
+}
+
+uint32_t ExprGetEvalErr(ExprContext* expr)
+{
+    return expr->evalErr;
+}
+
+void ExprSetEvalErr(ExprContext* expr, uint32_t code)
+{
+    expr->evalErr = code;
+}

@@ -1,0 +1,373 @@
+#include <doctest/doctest.h>
+
+#include <random>
+#include <string>
+
+#include "alloc_check.h"
+#include "dll_image.h"
+#include "expr_fixture.h"
+
+namespace {
+
+// One variable of each type, a constant, an array and a few functions.
+struct Sheet : Expr {
+    explicit Sheet(const ExprOptions& options = {}) : Expr(options)
+    {
+        ExprDefineVar(*this, &v, L"vv", EXT_Void);
+        ExprDefineVar(*this, &ch, L"ch", EXT_Char);
+        ExprDefineVar(*this, &a, L"a", EXT_Long);
+        ExprDefineVar(*this, &b, L"b", EXT_Long);
+        ExprDefineVar(*this, &u, L"u", EXT_ULong);
+        ExprDefineVar(*this, &d, L"d", EXT_Double);
+        ExprDefineVar(*this, &bf, L"bf", EXT_BitField);
+        ExprDefineVar(*this, &s, L"s", EXT_String);
+        ExprDefineVar(*this, &dt, L"dt", EXT_Date);
+        ExprDefineVar(*this, &any, L"any", EXT_Unknown);
+        ExprDefineConst(*this, &c, L"c", EXT_Long);
+        ExprDefineFn(*this, nullptr, L"f", EXT_Long, 1, EXT_Long);
+        ExprDefineFn(*this, nullptr, L"g", EXT_Long, 0);
+        ExprDefineFn(*this, nullptr, L"f2", EXT_Double, 2, EXT_Double, EXT_Long);
+        ExprDefineFn(*this, nullptr, L"anyfn", EXT_Long, 1, EXT_Unknown);
+    }
+    int32_t      v = 0, a = 0, b = 0, c = 0, any = 0;
+    uint16_t     ch = 0;
+    uint32_t     u = 0;
+    double       d = 0;
+    ExprBitField bf = {};
+    TSString     s = {};
+    TDDate       dt = {};
+};
+
+const wchar_t* const kTypeVar[] = {L"vv", L"ch", L"a", L"u", L"d", L"bf", L"s", L"dt"};
+const wchar_t* const kTypeName[] = {L"EXT_Void",     L"EXT_Char",     L"EXT_Long",
+                                    L"EXT_ULong",    L"EXT_Double",   L"EXT_BitField",
+                                    L"EXT_String",   L"EXT_Date"};
+const uint32_t kToType[] = {0, EOP_TO_CHAR, EOP_TO_LONG, EOP_TO_ULONG, EOP_TO_DOUBLE,
+                            EOP_TO_BITFIELD, EOP_TO_STRING, 0};
+
+// The common type of two different types under balancing; 0 where none.
+uint32_t common_type(uint32_t x, uint32_t y)
+{
+    if (x > y)
+        std::swap(x, y);
+    if (x == EXT_Void || y == EXT_Date)
+        return 0;
+    if (y == EXT_String)
+        return x == EXT_Char ? EXT_String : 0;
+    return y;
+}
+
+}
+
+TEST_CASE("balancing converts the narrower side where it stands and names failures")
+{
+    for (uint32_t l = 0; l <= EXT_Date; ++l)
+        for (uint32_t r = 0; r <= EXT_Date; ++r) {
+            Sheet e;
+            const std::wstring text = std::wstring(kTypeVar[l]) + L" + " + kTypeVar[r];
+            CAPTURE(text);
+            const uint32_t common = l == r ? l : common_type(l, r);
+            if (l != r && !common) {
+                CHECK(e.compile(text.c_str()) == ZOR_DISP_E_TYPEMISMATCH);
+                CHECK(e.error_text() == std::wstring(kTypeName[l]) + L" <-> " + kTypeName[r]);
+                CHECK(e.opcodes() == Ops{EOP_NOP, EOP_NOP, EOP_END});
+                continue;
+            }
+            REQUIRE(e.compile(text.c_str()) == 0);
+            CHECK(e.resultType == common);
+            if (l == r) {
+                CHECK(e.opcodes() == Ops{EOP_NOP, EOP_NOP, EOP_ADD, EOP_END});
+                continue;
+            }
+            const uint32_t at = l == common ? 2 : 1;  // behind the side that is converted
+            const Ops expected = at == 1 ? Ops{EOP_NOP, kToType[common], EOP_NOP, EOP_ADD, EOP_END}
+                                         : Ops{EOP_NOP, EOP_NOP, kToType[common], EOP_ADD, EOP_END};
+            CHECK(e.opcodes() == expected);
+            CHECK(e.at(e.first + at).operand.type == (at == 1 ? l : r));
+            CHECK(e.at(e.first + 3).operand.type == common);
+        }
+    Sheet e;
+    CHECK(e.compile(L"a + s") == ZOR_DISP_E_TYPEMISMATCH);
+    CHECK(e.error_text() == L"EXT_Long <-> EXT_String");
+    e->errorText = L"kept";
+    CHECK(e.compile(L"any + 1") == ZOR_DISP_E_TYPEMISMATCH);
+    CHECK(e.error_text() == L"kept");
+}
+
+TEST_CASE("instruction shapes: assignment, calls, shifts, comparisons, indexes, members")
+{
+    Sheet e;
+    REQUIRE(e.compile(L"d = a + 1.5") == 0);
+    CHECK(e.opcodes() == Ops{EOP_NOP, EOP_NOP, EOP_TO_DOUBLE, EOP_NOP, EOP_ADD, EOP_ASS, EOP_END});
+    CHECK(e.at(e.first).operand.value == &e.d);
+    CHECK(e.at(e.first + 2).operand.type == EXT_Long);
+    CHECK(*static_cast<double*>(e.at(e.first + 3).operand.value) == 1.5);
+    CHECK(e.at(e.first + 5).operand.value == &e.d);
+    CHECK((e.isConst == 0 && e.resultType == EXT_Double));
+
+    struct Row { const wchar_t* text; Ops ops; uint32_t resultType; };
+    const Row rows[] = {
+        {L"f2(a, 2)", {EOP_NOP, EOP_TO_DOUBLE, EOP_NOP, EOP_NOP, EOP_PAR, EOP_END}, EXT_Double},
+        {L"f(1,)", {EOP_NOP, EOP_NOP, EOP_PAR, EOP_END}, EXT_Long},
+        {L"anyfn(d)", {EOP_NOP, EOP_NOP, EOP_PAR, EOP_END}, EXT_Long},
+        {L"a = d", {EOP_NOP, EOP_NOP, EOP_TO_LONG, EOP_ASS, EOP_END}, EXT_Long},
+        {L"a = b = d", {EOP_NOP, EOP_NOP, EOP_NOP, EOP_TO_LONG, EOP_ASS, EOP_ASS, EOP_END}, EXT_Long},
+        {L"d <<= ch", {EOP_NOP, EOP_NOP, EOP_TO_LONG, EOP_SHLASS, EOP_END}, EXT_Double},
+        {L"ch << d", {EOP_NOP, EOP_NOP, EOP_TO_LONG, EOP_SHL, EOP_END}, EXT_Char},
+        {L"d < a", {EOP_NOP, EOP_NOP, EOP_TO_DOUBLE, EOP_LT, EOP_END}, EXT_Long},
+        {L"!d", {EOP_NOP, EOP_LNOT, EOP_END}, EXT_Long},
+        {L"-d", {EOP_NOP, EOP_NEG, EOP_END}, EXT_Double},
+        {L"s[d]", {EOP_NOP, EOP_NOP, EOP_TO_LONG, EOP_IDX, EOP_END}, EXT_Char},
+        {L"bf[1] = 1", {EOP_NOP, EOP_NOP, EOP_IDX, EOP_NOP, EOP_ASS, EOP_END}, EXT_Long},
+        {L"a[1] = 2", {EOP_NOP, EOP_NOP, EOP_IDX, EOP_NOP, EOP_ASS, EOP_END}, EXT_Long},
+        {L"(a = b) = 1", {EOP_NOP, EOP_NOP, EOP_ASS, EOP_NOP, EOP_ASS, EOP_END}, EXT_Long},
+        {L"++ ++a", {EOP_NOP, EOP_PREINC, EOP_PREINC, EOP_END}, EXT_Long},
+        {L"a++", {EOP_NOP, EOP_POSTINC, EOP_END}, EXT_Long},
+        {L"a.b->nosuch", {EOP_NOP, EOP_NOP, EOP_DFA, EOP_IFA, EOP_END}, EXT_Long},
+        {L"1 + 2 * 3 - 4", {EOP_NOP, EOP_NOP, EOP_NOP, EOP_MUL, EOP_ADD, EOP_NOP, EOP_SUB, EOP_END}, EXT_Long},
+        {L"a || b && a | b ^ a & b == a < b << a + b * a",
+         {EOP_NOP, EOP_NOP, EOP_NOP, EOP_NOP, EOP_NOP, EOP_NOP, EOP_NOP, EOP_NOP, EOP_NOP, EOP_NOP,
+          EOP_NOP, EOP_MUL, EOP_ADD, EOP_SHL, EOP_LT, EOP_EQU, EOP_AND, EOP_XOR, EOP_OR, EOP_LAND, EOP_LOR,
+          EOP_END}, EXT_Long},
+    };
+    for (const Row& row : rows) {
+        CAPTURE(std::wstring(row.text));
+        REQUIRE(e.compile(row.text) == 0);
+        CHECK(e.opcodes() == row.ops);
+        CHECK(e.resultType == row.resultType);
+    }
+    REQUIRE(e.compile(L"a[1] = 2") == 0);
+    CHECK(e.at(e.first + 2).operand.value == &e.a);  // the element is reached through the array
+    REQUIRE(e.compile(L"a = b = 1") == 0);
+    CHECK(e.at(e.first + 3).operand.value == &e.b);  // the right assignment runs first
+    CHECK(e.at(e.first + 4).operand.value == &e.a);
+    REQUIRE(e.compile(L"1.5", EXT_Long) == 0);
+    CHECK(e.opcodes() == Ops{EOP_NOP, EOP_TO_LONG, EOP_END});
+    CHECK(e.compile(L"1.5", EXT_Date) == ZOR_DISP_E_TYPEMISMATCH);
+    CHECK(e.error_text() == L"EXT_Date <-> EXT_Double");
+    REQUIRE(e.compile(L"1 + 2") == 0);
+    CHECK((e.isConst == 1 && e.size() - e.first == 4));
+}
+
+TEST_CASE("every compile failure gives its code, column, token length and text")
+{
+    struct Row { const wchar_t* text; ZORStatus code; uint32_t col, len; const wchar_t* about; };
+    const Row rows[] = {
+        {L"1 = 2", ZOR_E_LVALUE_REQUIRED, 3, 1, L"kept"},
+        {L"a + b = 1", ZOR_E_LVALUE_REQUIRED, 7, 1, L"kept"},
+        {L"-a = 1", ZOR_E_LVALUE_REQUIRED, 4, 1, L"kept"},
+        {L"g() = 1", ZOR_E_LVALUE_REQUIRED, 5, 1, L"kept"},
+        {L"c = 1", ZOR_E_LVALUE_REQUIRED, 3, 1, L"kept"},
+        {L"s[1] = 'x'", ZOR_E_LVALUE_REQUIRED, 6, 1, L"kept"},
+        {L"++c", ZOR_E_LVALUE_REQUIRED, 3, 0, L"kept"},
+        {L"a++ ++", ZOR_E_LVALUE_REQUIRED, 6, 2, L"kept"},
+        {L"(a", ZOR_E_RPAREN_REQUIRED, 2, 0, L""},
+        {L"g(", ZOR_E_RPAREN_REQUIRED, 2, 0, L""},
+        {L"f 1", ZOR_E_LPAREN_REQUIRED, 3, 1, L"1"},
+        {L"a[1;", ZOR_E_RBRACKET_REQUIRED, 4, 1, L";"},
+        {L"a(1)", ZOR_E_FUNCTION_REQUIRED, 2, 1, L"("},
+        {L"a->+", ZOR_E_IDENTIFIER_REQUIRED, 4, 1, L"+"},
+        {L"a + ", ZOR_E_OPERAND_REQUIRED, 4, 0, L""},
+        {L"a * ]", ZOR_E_OPERAND_REQUIRED, 5, 1, L"]"},
+        {L"f(1 2)", ZOR_E_COMMA_REQUIRED, 5, 1, L"2"},
+        {L"f(1", ZOR_E_COMMA_REQUIRED, 3, 0, L""},
+        {L"1 2", ZOR_E_SYNTAX_ERROR, 3, 1, L"2"},
+        {L"a ~= b", ZOR_E_SYNTAX_ERROR, 4, 2, L"~="},
+        {L"zz + 1", ZOR_DISP_E_UNKNOWNNAME, 2, 2, L"zz"},
+        {L"f(", ZOR_DISP_E_BADPARAMCOUNT, 2, 0, L""},
+        {L"f()", ZOR_DISP_E_BADPARAMCOUNT, 3, 1, L")"},
+        {L"f(1, 2)", ZOR_DISP_E_BADPARAMCOUNT, 6, 1, L"2"},
+        {L"f(s)", ZOR_DISP_E_TYPEMISMATCH, 4, 1, L"EXT_Long <-> EXT_String"},
+    };
+    for (const Row& row : rows) {
+        CAPTURE(std::wstring(row.text));
+        Sheet e;
+        e->errorText = L"kept";
+        const uint32_t before = e.size();
+        CHECK(e.compile(row.text) == row.code);
+        CHECK(ExprGetColNo(e) == row.col);
+        CHECK(ExprGetErrLen(e) == row.len);
+        CHECK(e.error_text() == row.about);
+        CHECK(e.resultType == 0);
+        CHECK(e.size() > before);
+        CHECK(e.at(e.size() - 1).opcode == EOP_END);
+    }
+    // The catalogue lives in the DLL's resources.
+    using FormatFn = uint32_t (*)(uint32_t, uint32_t, wchar_t*, uint32_t, ...);
+    const FormatFn format = dll_proc<FormatFn>("ZORBaseFormatMessage");
+    REQUIRE(bool(format));
+    wchar_t text[128];
+    format(ZOR_E_LVALUE_REQUIRED, 1033, text, 128);
+    CHECK(std::wstring(text) == L"L-Value required.");
+    format(ZOR_E_RPAREN_REQUIRED, 1031, text, 128);
+    CHECK(std::wstring(text) == L"\")\" wird erwartet.");
+}
+
+TEST_CASE("lexical error tokens from a lent token stream map to their codes")
+{
+    struct Stream { const int32_t* codes; int at; };
+    const int32_t kinds[] = {-200, -201, -202, -203, -204, -99};
+    const ZORStatus codes[] = {ZOR_E_ILLEGAL_NUMBER, ZOR_E_ILLEGAL_STRING, ZOR_E_ILLEGAL_CHARACTER,
+                               ZOR_E_COMMENT_NOT_CLOSED, ZOR_E_COMMENT_END_OUTSIDE, 0};
+    for (int i = 0; i < 6; ++i) {
+        for (int behind = 0; behind < 2; ++behind) {
+            // Either the error token stands where an operand belongs, or behind "x".
+            const int32_t tokens[] = {behind ? -8 : kinds[i], kinds[i], -98};
+            Stream stream = {tokens, 0};
+            ExprContext ctx;
+            REQUIRE(ExprInit(&ctx, 16, 16, 0, 0, nullptr, 0,
+                             [](void* c, SymScanner*) { return ++static_cast<Stream*>(c)->at; },
+                             [](void* c, SymScanner*) {
+                                 const Stream* s = static_cast<Stream*>(c);
+                                 return s->codes[s->at];
+                             },
+                             [](void*, SymScanner*) { return L"x"; }, &stream,
+                             nullptr) == 0);
+            int32_t x = 0;
+            ExprDefineVar(&ctx, &x, L"x", EXT_Long);
+            uint32_t first = 0;
+            const ZORStatus got = ExprCompile(&ctx, L"", &first, 0, nullptr, nullptr);
+            CAPTURE(kinds[i]);
+            CAPTURE(behind);
+            if (!behind)
+                CHECK(got == codes[i]);
+            else  // behind a complete expression only an open comment has a code of its own
+                CHECK(got == (kinds[i] == -203 ? ZOR_E_COMMENT_NOT_CLOSED
+                                               : kinds[i] == -99 ? 0 : ZOR_E_SYNTAX_ERROR));
+            ExprRelease(&ctx);
+        }
+    }
+}
+
+TEST_CASE("empty texts, terminators and symbol names that differ in case")
+{
+    Sheet e;
+    for (const wchar_t* empty : {L"", L"   "}) {
+        const uint32_t before = e.size();
+        CHECK(e.compile(empty) == 0);
+        CHECK((e.first == EXPR_EMPTY && e.isConst == 1 && e.resultType == 0 && e.size() == before));
+    }
+    CHECK(e.compile(L"1;") == ZOR_E_SYNTAX_ERROR);
+    ExprOptions options;
+    options.terminators = L";,";
+    Sheet t(options);
+    CHECK(t.compile(L"a + 1; rest") == 0);
+    CHECK((SymGetSym(&t->scanner) == ';' && ExprGetColNo(t) == 6));
+    CHECK(ExprGetActExpr(t) == t.first);
+
+    ExprOptions blind;
+    blind.ignoreCase = 1;
+    Sheet ci(blind);
+    CHECK(ExprDefineVar(ci, &ci.a, L"AbC", EXT_Long) == 0);
+    CHECK(ExprDefineVar(ci, &ci.b, L"ABC", EXT_Long) == ZOR_TYPE_E_NAMECONFLICT);
+    CHECK(ci.compile(L"abc") == 0);
+    CHECK(ci.at(ci.first).operand.value == &ci.a);
+    Sheet cs;
+    CHECK(ExprDefineVar(cs, &cs.a, L"AbC", EXT_Long) == 0);
+    CHECK(ExprDefineVar(cs, &cs.b, L"ABC", EXT_Long) == 0);
+    CHECK(cs.compile(L"abc") == ZOR_DISP_E_UNKNOWNNAME);
+}
+
+TEST_CASE("the dotted dialects reach the levels by their own spellings")
+{
+    for (uint32_t mode : {1u, 3u}) {
+        ExprOptions options;
+        options.mode = mode;
+        Sheet e(options);
+        struct Row { const wchar_t* text; uint32_t opcode; };
+        const Row rows[] = {{L"a .AND. b", EOP_LAND}, {L"a and b", EOP_LAND}, {L"a .OR. b", EOP_LOR},
+                            {L"a or b", EOP_LOR},     {L"a xor b", EOP_XOR},  {L"a = b", EOP_EQU}};
+        for (const Row& row : rows) {
+            CAPTURE(std::wstring(row.text));
+            REQUIRE(e.compile(row.text) == 0);
+            CHECK(e.at(e.size() - 2).opcode == row.opcode);
+        }
+        REQUIRE(e.compile(L".NOT. a") == 0);
+        CHECK(e.opcodes() == Ops{EOP_NOP, EOP_LNOT, EOP_END});
+    }
+}
+
+TEST_CASE("a lent scanner positioned by its owner feeds the compile")
+{
+    SymScanner own;
+    REQUIRE(SymInit(&own, 32, 64, 0, 0) == 0);
+    ExprContext ctx;
+    REQUIRE(ExprInit(&ctx, 32, 64, 0, 0, L";", 0,
+                     [](void*, SymScanner* sc) { return SymGetNextSym(sc); },
+                     [](void*, SymScanner* sc) { return SymGetSym(sc); },
+                     [](void*, SymScanner* sc) { return SymGetAlpha(sc); }, nullptr, &own) == 0);
+    double d = 0;
+    ExprDefineVar(&ctx, &d, L"d", EXT_Double);
+    SymNewLine(&own, L"skip d = 2.5; more");
+    SymGetNextSym(&own);
+    SymGetNextSym(&own);
+    uint32_t first = 0;
+    CHECK(ExprCompile(&ctx, L"ignored text", &first, 0, nullptr, nullptr) == 0);
+    CHECK(ExprGetColNo(&ctx) == 13);
+    const ExprInstr* code = reinterpret_cast<const ExprInstr*>(ctx.code->data);
+    CHECK(*static_cast<double*>(code[first + 1].operand.value) == 2.5);
+    ExprRelease(&ctx);
+    SymRelease(&own);
+}
+
+TEST_CASE("deep nesting fails with a code instead of exhausting the stack")
+{
+    Sheet e;
+    for (const wchar_t* unit : {L"(", L"- ", L"a[", L"f(", L"a = "}) {
+        std::wstring deep;
+        for (int i = 0; i < 100000; ++i)
+            deep += unit;
+        CAPTURE(std::wstring(unit));
+        CHECK(e.compile((deep + L"1").c_str()) == EXPR_E_TOO_DEEP);
+        CHECK(e.at(e.size() - 1).opcode == EOP_END);
+    }
+    const std::wstring fits(EXPR_MAX_NESTING - 1, L'(');
+    CHECK(e.compile((fits + L"1" + std::wstring(EXPR_MAX_NESTING - 1, L')')).c_str()) == 0);
+}
+
+TEST_CASE("random token soups always give a code and close what they appended")
+{
+    const wchar_t* const pieces[] = {L"a", L"d", L"s", L"ch", L"bf", L"dt", L"c", L"f", L"g", L"f2",
+                                     L"zz", L"1", L"2.5", L"'x'", L"\"t\"", L"(", L")", L"[", L"]",
+                                     L",", L"+", L"-", L"*", L"/", L"=", L"+=", L"<<=", L"++", L"--",
+                                     L"&&", L"||", L"!", L"~", L"<", L"==", L".", L"->", L"?", L"/*",
+                                     L"*/", L"\"", L"'", L" "};
+    std::mt19937 random(20261122);
+    for (uint32_t mode : {0u, 3u}) {
+        ExprOptions options;
+        options.mode = mode;
+        Sheet e(options);
+        for (int line = 0; line < 3000; ++line) {
+            std::wstring text;
+            for (int n = random() % 12; n > 0; --n)
+                text += pieces[random() % (sizeof(pieces) / sizeof(pieces[0]))];
+            SymReset(&e->scanner);
+            e->scanner.commentDepth = 0;
+            const uint32_t before = e.size();
+            const ZORStatus status = e.compile(text.c_str());
+            CAPTURE(text);
+            CHECK(((status >= ZOR_E_LVALUE_REQUIRED && status <= ZOR_E_COMMENT_END_OUTSIDE) ||
+                   status == 0 || status == ZOR_DISP_E_TYPEMISMATCH || status == ZOR_DISP_E_UNKNOWNNAME ||
+                   status == ZOR_DISP_E_BADPARAMCOUNT));
+            if (status == 0 && e.first == EXPR_EMPTY)
+                CHECK(e.size() == before);
+            else
+                CHECK(e.at(e.size() - 1).opcode == EOP_END);
+        }
+    }
+}
+
+TEST_CASE("exhaustion while compiling gives E_OUTOFMEMORY and still closes the expression")
+{
+    NoLeak leak;
+    Sheet e;
+    fail_each_allocation([&e](bool) {
+        for (const wchar_t* text : {L"s = s + 'x' + \"abc\"", L"d = f2(a, 2) + bf[1] + 1.5 + 2.5 + 3.5"}) {
+            const uint32_t before = e.size();
+            const ZORStatus status = e.compile(text);
+            CHECK((status == 0 || status == ZOR_E_OUTOFMEMORY));
+            if (e.size() > before)
+                CHECK(e.at(e.size() - 1).opcode == EOP_END);
+        }
+    });
+}

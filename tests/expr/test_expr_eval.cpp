@@ -1,0 +1,193 @@
+#include <doctest/doctest.h>
+
+#include <string>
+
+#include "alloc_check.h"
+#include "expr_fixture.h"
+
+namespace {
+
+// Pops (Long, Double) last first and reports what it saw in the user pointer.
+struct Seen {
+    uint32_t types[2];
+    double   values[2];
+    int      calls;
+};
+
+Seen* seen(ExprContext* expr)
+{
+    return static_cast<Seen*>(ExprGetUserPtr(expr));
+}
+
+void pop_two(ExprContext* expr)
+{
+    Seen* s = seen(expr);
+    ++s->calls;
+    s->values[1] = *static_cast<double*>(ExprPopArgument(expr, &s->types[1]));
+    s->values[0] = *static_cast<int32_t*>(ExprPopArgument(expr, &s->types[0]));
+}
+
+int32_t char_fn(ExprContext* expr, intptr_t) { pop_two(expr); return 0x12345; }
+int32_t long_fn(ExprContext* expr, intptr_t arg) { pop_two(expr); return int32_t(arg); }
+double double_fn(ExprContext* expr, intptr_t) { pop_two(expr); return 2.5; }
+ExprBitField bits_fn(ExprContext* expr, intptr_t) { pop_two(expr); return {7, 9}; }
+TSString* string_fn(ExprContext* expr, intptr_t)
+{
+    static TSString kept = {};
+    pop_two(expr);
+    return TSSetStr(&kept, L"text");
+}
+TDDate* date_fn(ExprContext* expr, intptr_t)
+{
+    static TDDate kept = {2026, 11, 0, 22, 0, 0, 0, 0};
+    pop_two(expr);
+    return &kept;
+}
+int32_t failing_fn(ExprContext* expr, intptr_t)
+{
+    ++seen(expr)->calls;
+    ExprSetEvalErr(expr, 0x80041234);
+    return 7;
+}
+int32_t counting_fn(ExprContext* expr, intptr_t)
+{
+    ++seen(expr)->calls;
+    return 1;
+}
+
+struct Machine : Expr {
+    Machine()
+    {
+        ExprSetUserPtr(*this, &calls);
+        ExprDefineVar(*this, &x, L"x", EXT_Long);
+        ExprDefineVar(*this, &d, L"d", EXT_Double);
+        ExprDefineFn(*this, ExprUserFn(char_fn), L"fc", EXT_Char, 2, EXT_Long, EXT_Double);
+        ExprDefineFn(*this, ExprUserFn(long_fn), L"fl", EXT_Long, 2, EXT_Long, EXT_Double);
+        ExprDefineFn(*this, ExprUserFn(long_fn), L"fu", EXT_ULong, 2, EXT_Long, EXT_Double);
+        ExprDefineFn(*this, ExprUserFn(double_fn), L"fd", EXT_Double, 2, EXT_Long, EXT_Double);
+        ExprDefineFn(*this, ExprUserFn(bits_fn), L"fb", EXT_BitField, 2, EXT_Long, EXT_Double);
+        ExprDefineFn(*this, ExprUserFn(string_fn), L"fs", EXT_String, 2, EXT_Long, EXT_Double);
+        ExprDefineFn(*this, ExprUserFn(date_fn), L"ft", EXT_Date, 2, EXT_Long, EXT_Double);
+        ExprDefineFn(*this, ExprUserFn(failing_fn), L"fail", EXT_Long, 0);
+        ExprDefineFn(*this, ExprUserFn(counting_fn), L"count", EXT_Long, 1, EXT_Long);
+        ExprDefineFn(*this, ExprUserFn(counting_fn), L"two", EXT_Long, 2, EXT_Long, EXT_Long);
+        ExprDefineFn(*this, ExprUserFn(counting_fn), L"nothing", EXT_Void, 1, EXT_Unknown);
+    }
+    Seen    calls = {};
+    int32_t x = 4;
+    double  d = 0.5;
+};
+
+}
+
+TEST_CASE("constants and variables evaluate in place")
+{
+    Machine m;
+    REQUIRE(m.compile(L"2.5") == 0);
+    CHECK(*static_cast<double*>(m.run()) == 2.5);
+    REQUIRE(m.compile(L"\"abc\"") == 0);
+    CHECK(std::wstring(TSGetStr(static_cast<TSString*>(m.run()))) == L"abc");
+    REQUIRE(m.compile(L"'A'") == 0);
+    CHECK(*static_cast<uint16_t*>(m.run()) == L'A');
+    REQUIRE(m.compile(L"x") == 0);
+    CHECK(m.run() == &m.x);
+    CHECK(m->stackDepth == 0);
+}
+
+TEST_CASE("user functions of every result type get their arguments last first")
+{
+    Machine m;
+    struct Row { const wchar_t* text; uint32_t type; };
+    const Row rows[] = {{L"fc(x, d)", EXT_Char},  {L"fl(x, d)", EXT_Long},   {L"fu(x, d)", EXT_ULong},
+                        {L"fd(x, d)", EXT_Double}, {L"fb(x, d)", EXT_BitField},
+                        {L"fs(x, d)", EXT_String}, {L"ft(x, d)", EXT_Date}};
+    for (const Row& row : rows) {
+        CAPTURE(std::wstring(row.text));
+        REQUIRE(m.compile(row.text) == 0);
+        CHECK(m.resultType == row.type);
+        void* result = m.run(0, -3);
+        CHECK((m.calls.values[0] == 4 && m.calls.values[1] == 0.5));
+        CHECK((m.calls.types[0] == EXT_Long && m.calls.types[1] == EXT_Double));
+        switch (row.type) {
+        case EXT_Char: CHECK(*static_cast<uint16_t*>(result) == 0x2345); break;
+        case EXT_Long: CHECK(*static_cast<int32_t*>(result) == -3); break;
+        case EXT_ULong: CHECK(*static_cast<uint32_t*>(result) == 0xFFFFFFFDu); break;
+        case EXT_Double: CHECK(*static_cast<double*>(result) == 2.5); break;
+        case EXT_BitField: {
+            const ExprBitField* bits = static_cast<ExprBitField*>(result);
+            CHECK((bits->hi == 7 && bits->lo == 9));
+            break;
+        }
+        case EXT_String:
+            CHECK(std::wstring(TSGetStr(static_cast<TSString*>(result))) == L"text");
+            break;
+        default: CHECK(static_cast<TDDate*>(result)->day == 22); break;
+        }
+    }
+    CHECK(m->stackDepth == 0);
+    // A function of no result type is not called; its arguments stay below it.
+    REQUIRE(m.compile(L"nothing(\"s\")") == 0);
+    const int before = m.calls.calls;
+    CHECK(ExprEvaluate(m, m.first, 0) == 0);
+    CHECK((m.calls.calls == before && m->stackDepth == 2));
+}
+
+TEST_CASE("a code set by a user function ends the run once its result is stored")
+{
+    Machine m;
+    REQUIRE(m.compile(L"two(fail(), count(1))") == 0);
+    CHECK(ExprEvaluate(m, m.first, 0) == 0x80041234);
+    CHECK(ExprGetEvalErr(m) == 0x80041234);
+    CHECK(m.calls.calls == 1);  // neither count nor two ran
+    CHECK(*static_cast<int32_t*>(m.at(m.first + 1).operand.value) == 7);
+    CHECK(m->stackDepth == 0);
+    // An operator's failure leaves what was pending on the stack, evalErr clear.
+    REQUIRE(m.compile(L"two(1, *x)") == 0);
+    CHECK(ExprEvaluate(m, m.first, 0) == ZOR_E_NOTIMPL);
+    CHECK((m->stackDepth == 1 && ExprGetEvalErr(m) == 0));
+    m->stackDepth = 0;
+    // Started in the middle, the operator finds no operand.
+    CHECK(ExprEvaluate(m, m.first + 2, 0) == ZOR_E_UNEXPECTED);
+}
+
+TEST_CASE("start marks, run-all and a stack that the caller balances")
+{
+    Machine m;
+    ExprSetEvalErr(m, 5);
+    CHECK(ExprEvaluate(m, EXPR_EMPTY, 0) == 0);
+    CHECK((ExprGetEvalErr(m) == 0 && m->stack == nullptr));
+    REQUIRE(m.compile(L"x") == 0);
+    REQUIRE(m.compile(L"d") == 0);
+    CHECK(ExprEvaluate(m, m.size(), 0) == 0);
+    CHECK(ExprEvaluate(m, 0x7FFFFFFF, 0) == 0);
+    CHECK(m->stack == nullptr);
+
+    CHECK(ExprEvaluate(m, EXPR_RUN_ALL, 0) == 0);
+    CHECK(m->stackDepth == 4);
+    CHECK(ExprPopResult(m) == nullptr);
+    CHECK(ExprPopResult(m) == &m.d);
+    CHECK(ExprPopResult(m) == nullptr);
+    CHECK(ExprPopResult(m) == &m.x);
+
+    CHECK(m->stackSize == 20);
+    for (int i = 0; i < 20; ++i)
+        REQUIRE(ExprEvaluate(m, 0, 0) == 0);
+    CHECK(m->stackSize == 20);
+    REQUIRE(ExprEvaluate(m, m.first, 0) == 0);
+    CHECK((m->stackSize == 40 && m->stackDepth == 21));
+    CHECK(ExprPopResult(m) == &m.d);
+    CHECK(ExprPopResult(m) == &m.x);
+}
+
+TEST_CASE("a stack that can't grow fails the run and stays usable")
+{
+    NoLeak leak;
+    Machine m;
+    REQUIRE(m.compile(L"fl(x, d)") == 0);
+    {
+        AllAllocationsFail fail;
+        CHECK(ExprEvaluate(m, m.first, 0) == ZOR_E_OUTOFMEMORY);
+    }
+    CHECK((m->stack == nullptr && m->stackDepth == 0 && m->stackSize == 0));
+    CHECK(*static_cast<int32_t*>(m.run()) == 0);
+}

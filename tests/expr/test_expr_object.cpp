@@ -1,0 +1,112 @@
+#include <doctest/doctest.h>
+
+#include <string>
+
+#include "alloc_check.h"
+#include "dll_image.h"
+#include "expr_fixture.h"
+
+TEST_CASE("the DLL exports the expression family")
+{
+    CHECK(missing_exports({"ExprInit", "ExprRelease", "ExprDefineVar", "ExprDefineConst",
+                           "ExprDefineFn", "ExprLookUp", "ExprVarLookUp", "ExprGetFirstVar",
+                           "ExprGetNextVar", "ExprGetActExpr", "ExprGetColNo", "ExprGetErrLen",
+                           "ExprGetEvalErr", "ExprSetEvalErr", "ExprGetUserPtr", "ExprSetUserPtr",
+                           "ExprPopArgument", "ExprPopResult", "ExprCompile", "ExprEvaluate"})
+          == "");
+}
+
+TEST_CASE("names are unique across kinds; look-ups and the walk see every kind")
+{
+    Expr e;
+    int32_t x = 0, k = 3;
+    CHECK(ExprGetActExpr(e) == EXPR_EMPTY);
+    CHECK(ExprDefineFn(e, nullptr, L"fn", EXT_Double, 2, EXT_Long, EXT_Unknown) == 0);
+    CHECK(ExprDefineVar(e, &x, L"fn", EXT_Long) == ZOR_TYPE_E_NAMECONFLICT);
+    CHECK(ExprDefineVar(e, &x, L"x", EXT_Long) == 0);
+    CHECK(ExprDefineConst(e, &k, L"x", EXT_Long) == ZOR_TYPE_E_NAMECONFLICT);
+    CHECK(ExprDefineFn(e, nullptr, L"x", EXT_Long, 0) == ZOR_TYPE_E_NAMECONFLICT);
+    CHECK(ExprDefineConst(e, &k, L"k", EXT_Long) == 0);
+    CHECK(DAGetSize(e->argTypes) == 3);  // the refused function left no list behind
+
+    CHECK(ExprVarLookUp(e, L"k") == nullptr);
+    CHECK(e.error_text() == L"k");
+    const ExprOperand* constant = ExprLookUp(e, L"k");
+    REQUIRE(constant != nullptr);
+    CHECK((constant->storage == EXS_Const && constant->value == &k && constant->xrefIndex == -1));
+    CHECK(ExprVarLookUp(e, L"x")->value == &x);
+    CHECK(ExprLookUp(e, L"nosuch") == nullptr);
+    CHECK(e.error_text() == L"nosuch");
+    const ExprOperand* fn = ExprLookUp(e, L"fn");
+    CHECK((fn->storage == EXS_Function && fn->type == EXT_Double && fn->xrefIndex == 0));
+
+    std::wstring names;
+    ExprOperand operand = {};
+    void* iter = nullptr;
+    for (const wchar_t* name = ExprGetFirstVar(e, &operand, &iter); name;
+         name = ExprGetNextVar(e, &operand, &iter))
+        names += std::wstring(name) + L":" + std::to_wstring(operand.storage) + L" ";
+    CHECK(names == L"fn:4 k:5 x:0 ");
+    CHECK(iter == nullptr);
+
+    CHECK(ExprSetUserPtr(e, &x) == nullptr);
+    CHECK(ExprSetUserPtr(e, &k) == &x);
+    CHECK(ExprGetUserPtr(e) == &k);
+}
+
+TEST_CASE("arena growth carries every earlier constant along")
+{
+    Expr e;
+    std::wstring text = L"0";
+    for (int i = 1; i < 300; ++i)
+        text += L" + " + std::to_wstring(i) + (i % 2 ? L".5" : L"");
+    REQUIRE(e.compile(text.c_str()) == 0);
+    CHECK(e->dataArenaSize > 2048);
+    int constant = 0;
+    for (uint32_t i = e.first; e.at(i).opcode != EOP_END; ++i) {
+        const ExprInstr& instr = e.at(i);
+        if (instr.opcode != EOP_NOP)
+            continue;
+        CAPTURE(constant);
+        const double expected = constant + (constant % 2 ? 0.5 : 0.0);
+        if (instr.operand.type == EXT_Double)
+            CHECK(*static_cast<double*>(instr.operand.value) == expected);
+        else
+            CHECK(*static_cast<int32_t*>(instr.operand.value) == constant);
+        ++constant;
+    }
+    CHECK(constant == 300);
+}
+
+TEST_CASE("release frees each owned value once; init and defines survive exhaustion")
+{
+    NoLeak leak;
+    {
+        Expr e;
+        TSString s = {};
+        TDDate dt = {};
+        ExprBitField bf = {};
+        ExprDefineVar(e, &s, L"s", EXT_String);
+        ExprDefineVar(e, &dt, L"dt", EXT_Date);
+        ExprDefineVar(e, &bf, L"bf", EXT_BitField);
+        REQUIRE(e.compile(L"s = s + \"abc\" + 'x'") == 0);
+        REQUIRE(e.compile(L"dt = dt + dt") == 0);
+        REQUIRE(e.compile(L"bf = bf + 1") == 0);
+        CHECK(e.compile(L"s + 1") == ZOR_DISP_E_TYPEMISMATCH);
+    }
+    fail_each_allocation([](bool) {
+        ExprContext ctx;
+        const ZORStatus status = ExprInit(&ctx, 32, 32, 1, 1, L";", 1, nullptr, nullptr, nullptr,
+                                          nullptr, nullptr);
+        CHECK((status == 0 || status == ZOR_E_OUTOFMEMORY));
+        if (status != 0)
+            return;
+        int32_t x = 0;
+        const ZORStatus defined = ExprDefineFn(&ctx, nullptr, L"fn", EXT_Long, 3, EXT_Long,
+                                               EXT_Long, EXT_Long);
+        CHECK((defined == 0 || defined == ZOR_E_OUTOFMEMORY));
+        CHECK(DAGetSize(ctx.argTypes) == (defined == 0 ? 4 : 0));
+        CHECK(ExprDefineVar(&ctx, &x, L"x", EXT_Long) != ZOR_TYPE_E_NAMECONFLICT);
+        ExprRelease(&ctx);
+    });
+}
