@@ -239,25 +239,20 @@ ZORStatus Compiler::convert(uint32_t position, uint32_t other, bool forced)
         return ZOR_DISP_E_TYPEMISMATCH;
     const uint32_t towardCurrent = kConversion[other][current];
     const uint32_t towardOther = kConversion[current][other];
-    if (forced || towardCurrent < towardOther) {
-        if (towardOther == kNoConversion)
-            return mismatch(other, current);
-        ExprOperand operand;
-        ZORStatus status = expr_new_value(m_expr, other, nullptr, &operand);
-        if (status != ZOR_S_OK)
-            return status;
-        operand.type = current;
-        m_expr->curType = other;
-        return emit_operand(towardOther, operand);
-    }
-    if (towardCurrent == kNoConversion)
+    const bool convertLast = forced || towardCurrent < towardOther;
+    const uint32_t opcode = convertLast ? towardOther : towardCurrent;
+    if (opcode == kNoConversion)
         return mismatch(other, current);
     ExprOperand operand;
-    ZORStatus status = expr_new_value(m_expr, current, nullptr, &operand);
+    const ZORStatus status = expr_new_value(m_expr, convertLast ? other : current, nullptr, &operand);
     if (status != ZOR_S_OK)
         return status;
-    operand.type = other;
-    const ExprInstr instr = {towardCurrent, operand};
+    operand.type = convertLast ? current : other;
+    if (convertLast) {
+        m_expr->curType = other;
+        return emit_operand(opcode, operand);
+    }
+    const ExprInstr instr = {opcode, operand};
     if (!DAInsertElem(code(), int32_t(position), &instr)) {
         expr_release_value(operand);
         return ZOR_E_OUTOFMEMORY;
