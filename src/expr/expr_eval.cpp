@@ -84,6 +84,9 @@ ZOR_NOINLINE ZORStatus call_user_function(ExprContext* expr, uint32_t ip, intptr
 
 }
 
+// The stack's pointer, depth and size live in locals while operators run
+// (handlers never touch the stack); they go back to the object before
+// anything that may use it: a user function, a dependency run, a return.
 ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
 {
     expr->evalErr = 0;
@@ -95,50 +98,63 @@ ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
     uint32_t count = uint32_t(expr->code->count);
     if (ip >= count)
         return ZOR_S_OK;
+    int32_t* stack = expr->stack;
+    int32_t depth = expr->stackDepth;
+    int32_t size = expr->stackSize;
+    ZORStatus status = ZOR_S_OK;
+    auto reload = [&]() {
+        code = instructions(expr);
+        count = uint32_t(expr->code->count);
+        stack = expr->stack;
+        depth = expr->stackDepth;
+        size = expr->stackSize;
+    };
     for (;;) {
         ExprInstr* const instr = code + ip;
         const uint32_t opcode = instr->opcode;
         if (opcode == EOP_NOP) {
             if (ZOR_UNLIKELY(instr->operand.xrefIndex != -1) && instr->operand.storage != EXS_Function) {
-                const ZORStatus status = expr_refresh_variable(expr, instr->operand.xrefIndex, start, userArg);
+                expr->stackDepth = depth;
+                status = expr_refresh_variable(expr, instr->operand.xrefIndex, start, userArg);
+                reload();
                 if (status != ZOR_S_OK)
                     return status;
-                code = instructions(expr);
-                count = uint32_t(expr->code->count);
             }
         } else if (ZOR_LIKELY(opcode <= EOP_TO_STRING) && opcode != EOP_END && opcode != EOP_PAR) {
-            const uint32_t arity = kExprOpArity[opcode];
-            int32_t depth = expr->stackDepth;
-            if (ZOR_UNLIKELY(depth < int32_t(arity)))
-                return ZOR_E_UNEXPECTED;
-            const int32_t* stack = expr->stack;
-            ExprInstr* y = nullptr;
-            if (arity == 2)
-                y = code + stack[--depth];
+            const int32_t arity = kExprOpArity[opcode];
+            if (ZOR_UNLIKELY(depth < arity)) {
+                status = ZOR_E_UNEXPECTED;
+                break;
+            }
+            ExprInstr* const y = arity == 2 ? code + stack[--depth] : nullptr;
             ExprInstr* const x = code + stack[--depth];
-            expr->stackDepth = depth;
-            const ZORStatus status = kExprOpHandlers[opcode](expr, instr, x, y);
+            status = kExprOpHandlers[opcode](expr, instr, x, y);
             if (status != ZOR_S_OK)
-                return status;
+                break;
         } else if (opcode == EOP_END) {
             if (!runAll)
-                return ZOR_S_OK;
+                break;
         } else if (opcode == EOP_PAR) {
-            const ZORStatus status = call_user_function(expr, ip, userArg);
-            code = instructions(expr);
-            count = uint32_t(expr->code->count);
+            expr->stackDepth = depth;
+            status = call_user_function(expr, ip, userArg);
+            reload();
             if (status != ZOR_S_OK)
                 return status;
         }
-        if (ZOR_UNLIKELY(expr->stackDepth >= expr->stackSize)) {
-            const ZORStatus status = grow_stack(expr);
+        if (ZOR_UNLIKELY(depth >= size)) {
+            expr->stackDepth = depth;
+            status = grow_stack(expr);
             if (status != ZOR_S_OK)
                 return status;
+            stack = expr->stack;
+            size = expr->stackSize;
         }
-        expr->stack[expr->stackDepth++] = int32_t(ip);
+        stack[depth++] = int32_t(ip);
         if (++ip >= count)
-            return ZOR_S_OK;
+            break;
     }
+    expr->stackDepth = depth;
+    return status;
 }
 
 void* ExprPopResult(ExprContext* expr)

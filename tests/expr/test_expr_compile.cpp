@@ -248,6 +248,12 @@ TEST_CASE("empty texts, terminators and symbol names that differ in case")
         CHECK((e.first == EXPR_EMPTY && e.isConst == 1 && e.resultType == 0 && e.size() == before));
     }
     CHECK(e.compile(L"1;") == ZOR_E_SYNTAX_ERROR);
+    // An open comment outlives its compile, and the next text starts inside it.
+    REQUIRE(e.compile(L"1 /* open") == 0);
+    CHECK(e.opcodes() == Ops{EOP_NOP, EOP_END});
+    CHECK((e.compile(L"2") == 0 && e.first == EXPR_EMPTY));
+    REQUIRE(e.compile(L"*/ 2") == 0);
+    CHECK(*static_cast<int32_t*>(e.at(e.first).operand.value) == 2);
     ExprOptions options;
     options.terminators = L";,";
     Sheet t(options);

@@ -35,6 +35,8 @@ TEST_CASE("names are unique across kinds; look-ups and the walk see every kind")
     REQUIRE(constant != nullptr);
     CHECK((constant->storage == EXS_Const && constant->value == &k && constant->xrefIndex == -1));
     CHECK(ExprVarLookUp(e, L"x")->value == &x);
+    REQUIRE(e.compile(L"x + x") == 0);
+    CHECK(ExprLookUp(e, L"x")->useCount == 2);
     CHECK(ExprLookUp(e, L"nosuch") == nullptr);
     CHECK(e.error_text() == L"nosuch");
     const ExprOperand* fn = ExprLookUp(e, L"fn");
