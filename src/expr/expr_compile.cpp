@@ -195,7 +195,11 @@ ZORStatus Compiler::emit(uint32_t opcode, uint32_t type, const ExprOperand* targ
 {
     ExprOperand operand;
     if (target) {
+        // An index records the element type even where its base has no
+        // variable behind it and the target is the "no L-value" record.
         operand = *target;
+        if (type)
+            operand.type = type;
     } else {
         const ZORStatus status = expr_new_value(m_expr, type ? type : m_expr->curType, nullptr, &operand);
         if (status != ZOR_S_OK)

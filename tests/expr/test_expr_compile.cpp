@@ -138,6 +138,8 @@ TEST_CASE("instruction shapes: assignment, calls, shifts, comparisons, indexes, 
     }
     REQUIRE(e.compile(L"a[1] = 2") == 0);
     CHECK(e.at(e.first + 2).operand.value == &e.a);  // the element is reached through the array
+    REQUIRE(e.compile(L"(a + b)[1]") == 0);
+    CHECK((e.at(e.first + 4).operand.type == EXT_Long && e.at(e.first + 4).operand.storage == EXS_Const));
     REQUIRE(e.compile(L"a = b = 1") == 0);
     CHECK(e.at(e.first + 3).operand.value == &e.b);  // the right assignment runs first
     CHECK(e.at(e.first + 4).operand.value == &e.a);
