@@ -36,9 +36,12 @@ ZOR_NOINLINE ZORStatus grow_stack(ExprContext* expr)
 // pops the arguments itself; its result goes into the call's slot.
 ZOR_NOINLINE ZORStatus call_user_function(ExprContext* expr, uint32_t ip, intptr_t userArg)
 {
+    // A run started inside an expression could find anything on top.
     if (expr->stackDepth < 1)
         return ZOR_E_UNEXPECTED;
     const ExprInstr& name = instructions(expr)[expr->stack[--expr->stackDepth]];
+    if (name.operand.storage != EXS_Function)
+        return ZOR_E_UNEXPECTED;
     void* const fn = name.operand.value;
     const uint32_t type = instructions(expr)[ip].operand.type;
     // The function may compile into this object, which can move the array:

@@ -146,7 +146,11 @@ TEST_CASE("a code set by a user function ends the run once its result is stored"
     CHECK(ExprEvaluate(m, m.first, 0) == ZOR_E_NOTIMPL);
     CHECK((m->stackDepth == 1 && ExprGetEvalErr(m) == 0));
     m->stackDepth = 0;
-    // Started in the middle, the operator finds no operand.
+    // Started in the middle, an operator finds no operand, a call no function.
+    CHECK(ExprEvaluate(m, m.first + 2, 0) == ZOR_E_UNEXPECTED);
+    REQUIRE(m.compile(L"count(1)") == 0);
+    CHECK(ExprEvaluate(m, m.first + 2, 0) == ZOR_E_UNEXPECTED);
+    REQUIRE(ExprEvaluate(m, m.first, 0) == 0);  // its result stays on top
     CHECK(ExprEvaluate(m, m.first + 2, 0) == ZOR_E_UNEXPECTED);
 }
 
