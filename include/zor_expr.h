@@ -80,10 +80,10 @@ typedef struct ExprContext ExprContext;
 /* A value: shared by symbols and instructions, so that compiling a variable
    is a copy of the record. */
 typedef struct ExprOperand {
-    void*    value;     /* arena slot, TSString, TDDate, 8-byte block, the caller's storage, or the function */
+    void*    value;     /* arena slot, TSString, TDDate, 8-byte block, caller's storage, function */
     uint32_t type;      /* EXT_ code; in a conversion the type converted from */
     uint32_t storage;   /* EXS_ code */
-    int32_t  xrefIndex; /* -1, or the variable's run in xrefList; in a function symbol its list in argTypes */
+    int32_t  xrefIndex; /* -1, or the variable's run in xrefList; a function's list in argTypes */
     uint32_t useCount;  /* symbols: how often the compiler met the name */
 } ExprOperand;
 
@@ -218,7 +218,7 @@ ZOR_API ZORStatus ExprCompile(ExprContext* expr, const wchar_t* text, uint32_t* 
    stack keeps what was pending. When the stack can't grow, the run gives
    E_OUTOFMEMORY and the stack is left empty and usable. A start that is not
    the first instruction of an expression, whose operators would find too few
-   operands, gives E_UNEXPECTED. */
+   operands or whose call would find no function on top, gives E_UNEXPECTED. */
 ZOR_API ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg);
 
 /* Pop the top entry and give its value in place; the pointer is valid until

@@ -201,7 +201,8 @@ ZORStatus Compiler::emit(uint32_t opcode, uint32_t type, const ExprOperand* targ
         if (type)
             operand.type = type;
     } else {
-        const ZORStatus status = expr_new_value(m_expr, type ? type : m_expr->curType, nullptr, &operand);
+        const uint32_t valueType = type ? type : m_expr->curType;
+        const ZORStatus status = expr_new_value(m_expr, valueType, nullptr, &operand);
         if (status != ZOR_S_OK)
             return status;
     }
@@ -293,7 +294,8 @@ ZORStatus Compiler::compile(const wchar_t* text, uint32_t* firstInstr, uint32_t 
         status = convert(size(), wantedType, true);
     if (status == ZOR_S_OK) {
         tok = token();
-        const bool terminator = tok > 0 && tok <= 0xFFFF && expr->terminators && wcschr(expr->terminators, wchar_t(tok));
+        const bool terminator = tok > 0 && tok <= 0xFFFF && expr->terminators &&
+                                wcschr(expr->terminators, wchar_t(tok));
         if (tok == SYM_ERR_COMMENT_EOF)
             status = fail_at_token(ZOR_E_COMMENT_NOT_CLOSED);
         else if (tok != SYM_EOL && tok != SYM_EOF && !terminator)

@@ -116,7 +116,8 @@ ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
         ExprInstr* const instr = code + ip;
         const uint32_t opcode = instr->opcode;
         if (opcode == EOP_NOP) {
-            if (ZOR_UNLIKELY(instr->operand.xrefIndex != -1) && instr->operand.storage != EXS_Function) {
+            if (ZOR_UNLIKELY(instr->operand.xrefIndex != -1) &&
+                instr->operand.storage != EXS_Function) {
                 expr->stackDepth = depth;
                 status = expr_refresh_variable(expr, instr->operand.xrefIndex, start, userArg);
                 reload();

@@ -66,7 +66,8 @@ ZORStatus ExprInit(ExprContext* expr, uint32_t maxIdentLen, uint32_t bufferLen, 
                    void* callbackContext, SymScanner* externalScanner)
 {
     memset(expr, 0, sizeof(*expr));
-    expr->symbols = BTCreate(ignoreCase ? compare_names_blind : compare_names_exact, sizeof(ExprSymbol));
+    expr->symbols =
+        BTCreate(ignoreCase ? compare_names_blind : compare_names_exact, sizeof(ExprSymbol));
     if (expr->symbols) {
         expr->code = DACreate(sizeof(ExprInstr), 10);
         expr->argTypes = DACreate(sizeof(uint32_t), 10);
@@ -77,7 +78,9 @@ ZORStatus ExprInit(ExprContext* expr, uint32_t maxIdentLen, uint32_t bufferLen, 
         destroy_tables(expr);
         return ZOR_E_OUTOFMEMORY;
     }
-    if (SymInit(&expr->scanner, maxIdentLen, bufferLen, int32_t(ignoreCase), int32_t(mode)) != ZOR_S_OK) {
+    const ZORStatus scanner =
+        SymInit(&expr->scanner, maxIdentLen, bufferLen, int32_t(ignoreCase), int32_t(mode));
+    if (scanner != ZOR_S_OK) {
         destroy_tables(expr);
         return ZOR_E_OUTOFMEMORY;
     }

@@ -207,37 +207,29 @@ TEST_CASE("every compile failure gives its code, column, token length and text")
 
 TEST_CASE("lexical error tokens from a lent token stream map to their codes")
 {
-    struct Stream { const int32_t* codes; int at; };
-    const int32_t kinds[] = {-200, -201, -202, -203, -204, -99};
-    const ZORStatus codes[] = {ZOR_E_ILLEGAL_NUMBER, ZOR_E_ILLEGAL_STRING, ZOR_E_ILLEGAL_CHARACTER,
-                               ZOR_E_COMMENT_NOT_CLOSED, ZOR_E_COMMENT_END_OUTSIDE, 0};
-    for (int i = 0; i < 6; ++i) {
-        for (int behind = 0; behind < 2; ++behind) {
-            // Either the error token stands where an operand belongs, or behind "x".
-            const int32_t tokens[] = {behind ? -8 : kinds[i], kinds[i], -98};
-            Stream stream = {tokens, 0};
-            ExprContext ctx;
-            REQUIRE(ExprInit(&ctx, 16, 16, 0, 0, nullptr, 0,
-                             [](void* c, SymScanner*) { return ++static_cast<Stream*>(c)->at; },
-                             [](void* c, SymScanner*) {
-                                 const Stream* s = static_cast<Stream*>(c);
-                                 return s->codes[s->at];
-                             },
-                             [](void*, SymScanner*) { return L"x"; }, &stream,
-                             nullptr) == 0);
-            int32_t x = 0;
-            ExprDefineVar(&ctx, &x, L"x", EXT_Long);
-            uint32_t first = 0;
-            const ZORStatus got = ExprCompile(&ctx, L"", &first, 0, nullptr, nullptr);
-            CAPTURE(kinds[i]);
-            CAPTURE(behind);
-            if (!behind)
-                CHECK(got == codes[i]);
-            else  // behind a complete expression only an open comment has a code of its own
-                CHECK(got == (kinds[i] == -203 ? ZOR_E_COMMENT_NOT_CLOSED
-                                               : kinds[i] == -99 ? 0 : ZOR_E_SYNTAX_ERROR));
-            ExprRelease(&ctx);
-        }
+    // Each error token once where an operand belongs, once behind "x", where
+    // only an open comment has a code of its own.
+    struct Row { int32_t tokens[3]; ZORStatus code; };
+    const Row rows[] = {{{-200}, ZOR_E_ILLEGAL_NUMBER},      {{-201}, ZOR_E_ILLEGAL_STRING},
+                        {{-202}, ZOR_E_ILLEGAL_CHARACTER},   {{-203}, ZOR_E_COMMENT_NOT_CLOSED},
+                        {{-204}, ZOR_E_COMMENT_END_OUTSIDE}, {{-99}, 0},
+                        {{-8, -200}, ZOR_E_SYNTAX_ERROR},    {{-8, -203}, ZOR_E_COMMENT_NOT_CLOSED},
+                        {{-8, -204}, ZOR_E_SYNTAX_ERROR},    {{-8, -99}, 0}};
+    static const Row* row;
+    static int at;
+    for (const Row& r : rows) {
+        row = &r;
+        at = 0;
+        ExprContext ctx;
+        REQUIRE(ExprInit(&ctx, 16, 16, 0, 0, nullptr, 0, [](void*, SymScanner*) { return ++at; },
+                         [](void*, SymScanner*) { return at < 3 && row->tokens[at] ? row->tokens[at] : -98; },
+                         [](void*, SymScanner*) { return L"x"; }, nullptr, nullptr) == 0);
+        int32_t x = 0;
+        ExprDefineVar(&ctx, &x, L"x", EXT_Long);
+        uint32_t first = 0;
+        CAPTURE(r.tokens[0]);
+        CHECK(ExprCompile(&ctx, L"", &first, 0, nullptr, nullptr) == r.code);
+        ExprRelease(&ctx);
     }
 }
 

@@ -7,18 +7,16 @@
 
 namespace {
 
-// Pops (Long, Double) last first and reports what it saw in the user pointer.
+// What the functions saw, reached through the user pointer.
 struct Seen {
     uint32_t types[2];
     double   values[2];
     int      calls;
 };
 
-Seen* seen(ExprContext* expr)
-{
-    return static_cast<Seen*>(ExprGetUserPtr(expr));
-}
+Seen* seen(ExprContext* expr) { return static_cast<Seen*>(ExprGetUserPtr(expr)); }
 
+// Pops (Long, Double), last first.
 void pop_two(ExprContext* expr)
 {
     Seen* s = seen(expr);
@@ -27,33 +25,17 @@ void pop_two(ExprContext* expr)
     s->values[0] = *static_cast<int32_t*>(ExprPopArgument(expr, &s->types[0]));
 }
 
+TSString g_text = {};
+TDDate   g_date = {2026, 11, 0, 22, 0, 0, 0, 0};
+
 int32_t char_fn(ExprContext* expr, intptr_t) { pop_two(expr); return 0x12345; }
 int32_t long_fn(ExprContext* expr, intptr_t arg) { pop_two(expr); return int32_t(arg); }
 double double_fn(ExprContext* expr, intptr_t) { pop_two(expr); return 2.5; }
 ExprBitField bits_fn(ExprContext* expr, intptr_t) { pop_two(expr); return {7, 9}; }
-TSString* string_fn(ExprContext* expr, intptr_t)
-{
-    static TSString kept = {};
-    pop_two(expr);
-    return TSSetStr(&kept, L"text");
-}
-TDDate* date_fn(ExprContext* expr, intptr_t)
-{
-    static TDDate kept = {2026, 11, 0, 22, 0, 0, 0, 0};
-    pop_two(expr);
-    return &kept;
-}
-int32_t failing_fn(ExprContext* expr, intptr_t)
-{
-    ++seen(expr)->calls;
-    ExprSetEvalErr(expr, 0x80041234);
-    return 7;
-}
-int32_t counting_fn(ExprContext* expr, intptr_t)
-{
-    ++seen(expr)->calls;
-    return 1;
-}
+TSString* string_fn(ExprContext* expr, intptr_t) { pop_two(expr); return TSSetStr(&g_text, L"text"); }
+TDDate* date_fn(ExprContext* expr, intptr_t) { pop_two(expr); return &g_date; }
+int32_t failing_fn(ExprContext* expr, intptr_t) { ++seen(expr)->calls; ExprSetEvalErr(expr, 0x80041234); return 7; }
+int32_t counting_fn(ExprContext* expr, intptr_t) { ++seen(expr)->calls; return 1; }
 
 struct Machine : Expr {
     Machine()
@@ -61,13 +43,13 @@ struct Machine : Expr {
         ExprSetUserPtr(*this, &calls);
         ExprDefineVar(*this, &x, L"x", EXT_Long);
         ExprDefineVar(*this, &d, L"d", EXT_Double);
-        ExprDefineFn(*this, ExprUserFn(char_fn), L"fc", EXT_Char, 2, EXT_Long, EXT_Double);
-        ExprDefineFn(*this, ExprUserFn(long_fn), L"fl", EXT_Long, 2, EXT_Long, EXT_Double);
-        ExprDefineFn(*this, ExprUserFn(long_fn), L"fu", EXT_ULong, 2, EXT_Long, EXT_Double);
-        ExprDefineFn(*this, ExprUserFn(double_fn), L"fd", EXT_Double, 2, EXT_Long, EXT_Double);
-        ExprDefineFn(*this, ExprUserFn(bits_fn), L"fb", EXT_BitField, 2, EXT_Long, EXT_Double);
-        ExprDefineFn(*this, ExprUserFn(string_fn), L"fs", EXT_String, 2, EXT_Long, EXT_Double);
-        ExprDefineFn(*this, ExprUserFn(date_fn), L"ft", EXT_Date, 2, EXT_Long, EXT_Double);
+        const struct { ExprUserFn fn; const wchar_t* name; uint32_t type; } typed[] = {
+            {ExprUserFn(char_fn), L"fc", EXT_Char},          {ExprUserFn(long_fn), L"fl", EXT_Long},
+            {ExprUserFn(long_fn), L"fu", EXT_ULong},         {ExprUserFn(double_fn), L"fd", EXT_Double},
+            {ExprUserFn(bits_fn), L"fb", EXT_BitField},      {ExprUserFn(string_fn), L"fs", EXT_String},
+            {ExprUserFn(date_fn), L"ft", EXT_Date}};
+        for (const auto& f : typed)
+            ExprDefineFn(*this, f.fn, f.name, f.type, 2, EXT_Long, EXT_Double);
         ExprDefineFn(*this, ExprUserFn(failing_fn), L"fail", EXT_Long, 0);
         ExprDefineFn(*this, ExprUserFn(counting_fn), L"count", EXT_Long, 1, EXT_Long);
         ExprDefineFn(*this, ExprUserFn(counting_fn), L"two", EXT_Long, 2, EXT_Long, EXT_Long);
