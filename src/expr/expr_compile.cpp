@@ -13,7 +13,8 @@ namespace {
 
 constexpr uint32_t kNoConversion = 1;  // lower than every conversion opcode
 
-// Conversion opcode by [from][to] over the types 0 to 7.
+// Conversion opcode by [from][to] over the types 0 to 7; kNoConversion where
+// there is none.
 constexpr uint32_t kConversion[8][8] = {
     {1, 1, 1, 1, 1, 1, 1, 1},
     {1, 1, EOP_TO_LONG, EOP_TO_ULONG, EOP_TO_DOUBLE, EOP_TO_BITFIELD, EOP_TO_STRING, 1},
@@ -25,13 +26,14 @@ constexpr uint32_t kConversion[8][8] = {
     {1, 1, 1, 1, 1, 1, 1, 1},
 };
 
-const wchar_t* const kTypeNames[8] = {L"EXT_Void",     L"EXT_Char",   L"EXT_Long", L"EXT_ULong",
-                                      L"EXT_Double",   L"EXT_BitField", L"EXT_String", L"EXT_Date"};
+const wchar_t* const kTypeNames[8] = {L"EXT_Void",   L"EXT_Char",     L"EXT_Long",   L"EXT_ULong",
+                                      L"EXT_Double", L"EXT_BitField", L"EXT_String", L"EXT_Date"};
 
 // Shared by all objects: the text of the last type mismatch.
 wchar_t g_mismatchText[64];
 
-// How a binary level types its result.
+// What a binary operator's result is: the common type of its balanced
+// operands, a truth value, or the left operand's type (shifts).
 enum class Result : uint8_t { Common, Long, Left };
 
 struct BinaryOperator {
@@ -42,15 +44,15 @@ struct BinaryOperator {
 };
 
 const BinaryOperator kBinaryOperators[] = {
-    {SYM_OR, EOP_LOR, 0, Result::Long},   {SYM_AND, EOP_LAND, 1, Result::Long},
-    {'|', EOP_OR, 2, Result::Common},      {'^', EOP_XOR, 3, Result::Common},
-    {'&', EOP_AND, 4, Result::Common},     {SYM_EQ, EOP_EQU, 5, Result::Long},
-    {SYM_NE, EOP_NEQ, 5, Result::Long},    {SYM_LE, EOP_LEQ, 6, Result::Long},
-    {SYM_GE, EOP_GEQ, 6, Result::Long},    {'<', EOP_LT, 6, Result::Long},
-    {'>', EOP_GT, 6, Result::Long},        {SYM_SHL, EOP_SHL, 7, Result::Left},
-    {SYM_SHR, EOP_SHR, 7, Result::Left},   {'+', EOP_ADD, 8, Result::Common},
-    {'-', EOP_SUB, 8, Result::Common},     {'*', EOP_MUL, 9, Result::Common},
-    {'/', EOP_DIV, 9, Result::Common},     {'%', EOP_MOD, 9, Result::Common},
+    {SYM_OR, EOP_LOR, 0, Result::Long},  {SYM_AND, EOP_LAND, 1, Result::Long},
+    {'|', EOP_OR, 2, Result::Common},    {'^', EOP_XOR, 3, Result::Common},
+    {'&', EOP_AND, 4, Result::Common},   {SYM_EQ, EOP_EQU, 5, Result::Long},
+    {SYM_NE, EOP_NEQ, 5, Result::Long},  {SYM_LE, EOP_LEQ, 6, Result::Long},
+    {SYM_GE, EOP_GEQ, 6, Result::Long},  {'<', EOP_LT, 6, Result::Long},
+    {'>', EOP_GT, 6, Result::Long},      {SYM_SHL, EOP_SHL, 7, Result::Left},
+    {SYM_SHR, EOP_SHR, 7, Result::Left}, {'+', EOP_ADD, 8, Result::Common},
+    {'-', EOP_SUB, 8, Result::Common},   {'*', EOP_MUL, 9, Result::Common},
+    {'/', EOP_DIV, 9, Result::Common},   {'%', EOP_MOD, 9, Result::Common},
 };
 
 const BinaryOperator* binary_operator(int32_t token)
@@ -67,10 +69,11 @@ struct TokenOpcode {
 };
 
 const TokenOpcode kAssignments[] = {
-    {'=', EOP_ASS},           {SYM_MUL_ASSIGN, EOP_MULASS}, {SYM_DIV_ASSIGN, EOP_DIVASS},
-    {SYM_MOD_ASSIGN, EOP_MODASS}, {SYM_ADD_ASSIGN, EOP_ADDASS}, {SYM_SUB_ASSIGN, EOP_SUBASS},
-    {SYM_SHL_ASSIGN, EOP_SHLASS}, {SYM_SHR_ASSIGN, EOP_SHRASS}, {SYM_AND_ASSIGN, EOP_ANDASS},
-    {SYM_XOR_ASSIGN, EOP_XORASS}, {SYM_OR_ASSIGN, EOP_ORASS},
+    {'=', EOP_ASS},
+    {SYM_MUL_ASSIGN, EOP_MULASS}, {SYM_DIV_ASSIGN, EOP_DIVASS}, {SYM_MOD_ASSIGN, EOP_MODASS},
+    {SYM_ADD_ASSIGN, EOP_ADDASS}, {SYM_SUB_ASSIGN, EOP_SUBASS}, {SYM_SHL_ASSIGN, EOP_SHLASS},
+    {SYM_SHR_ASSIGN, EOP_SHRASS}, {SYM_AND_ASSIGN, EOP_ANDASS}, {SYM_XOR_ASSIGN, EOP_XORASS},
+    {SYM_OR_ASSIGN, EOP_ORASS},
 };
 
 const TokenOpcode kPrefixOperators[] = {
