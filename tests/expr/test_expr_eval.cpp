@@ -36,6 +36,18 @@ TSString* string_fn(ExprContext* expr, intptr_t) { pop_two(expr); return TSSetSt
 TDDate* date_fn(ExprContext* expr, intptr_t) { pop_two(expr); return &g_date; }
 int32_t failing_fn(ExprContext* expr, intptr_t) { ++seen(expr)->calls; ExprSetEvalErr(expr, 0x80041234); return 7; }
 int32_t counting_fn(ExprContext* expr, intptr_t) { ++seen(expr)->calls; return 1; }
+// Runs the expression at `start` 30 times, which grows the shared stack, then
+// takes the 30 results off again.
+int32_t nesting_fn(ExprContext* expr, intptr_t start)
+{
+    uint32_t type;
+    ExprPopArgument(expr, &type);
+    for (int i = 0; i < 30; ++i)
+        ExprEvaluate(expr, uint32_t(start), 0);
+    for (int i = 0; i < 30; ++i)
+        ExprPopResult(expr);
+    return 42;
+}
 
 struct Machine : Expr {
     Machine()
@@ -54,6 +66,7 @@ struct Machine : Expr {
         ExprDefineFn(*this, ExprUserFn(counting_fn), L"count", EXT_Long, 1, EXT_Long);
         ExprDefineFn(*this, ExprUserFn(counting_fn), L"two", EXT_Long, 2, EXT_Long, EXT_Long);
         ExprDefineFn(*this, ExprUserFn(counting_fn), L"nothing", EXT_Void, 1, EXT_Unknown);
+        ExprDefineFn(*this, ExprUserFn(nesting_fn), L"nest", EXT_Long, 1, EXT_Long);
     }
     Seen    calls = {};
     int32_t x = 4;
@@ -176,4 +189,18 @@ TEST_CASE("a stack that can't grow fails the run and stays usable")
     }
     CHECK((m->stack == nullptr && m->stackDepth == 0 && m->stackSize == 0));
     CHECK(*static_cast<int32_t*>(m.run()) == 0);
+}
+
+TEST_CASE("a user function may run the same object again on the shared stack")
+{
+    Machine m;
+    REQUIRE(m.compile(L"d") == 0);
+    const uint32_t inner = m.first;
+    REQUIRE(m.compile(L"two(x, nest(x))") == 0);
+    REQUIRE(ExprEvaluate(m, m.first, intptr_t(inner)) == 0);
+    CHECK((m->stackDepth == 3 && m->stackSize == 40));  // "two" leaves its arguments
+    CHECK(*static_cast<int32_t*>(ExprPopResult(m)) == 1);
+    CHECK(*static_cast<int32_t*>(ExprPopResult(m)) == 42);
+    CHECK(ExprPopResult(m) == &m.x);
+    CHECK(m.calls.calls == 1);
 }
