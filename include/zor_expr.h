@@ -222,6 +222,17 @@ ZOR_API ZORStatus ExprCompile(ExprContext* expr, const wchar_t* text, uint32_t* 
    operands or whose call would find no function on top, gives E_UNEXPECTED. */
 ZOR_API ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg);
 
+/* Operator answers where the value rules leave a choice:
+   - EXT_Long -2147483648 / -1 wraps like every integer result: the quotient
+     is -2147483648 and the remainder 0 (also for /= and %=), no failure.
+   - An index on a number with no variable behind it ("(a+b)[i]", "5[i]",
+     a function's result) has only that value's own slot: index 0 gives the
+     value, any other index DISP_E_BADINDEX.
+   - Assigning to one bit of a bit field ("b[3] = 1", "b[3] |= 1") gives
+     E_UNEXPECTED and leaves the field as it was: a bit has no address.
+   - A conversion into the type it starts from is never compiled; run by hand
+     it gives E_UNEXPECTED, like a source type the conversion doesn't take. */
+
 /* Pop the top entry and give its value in place; the pointer is valid until
    a run passes that instruction again. ExprPopArgument also gives the
    instruction's type field (for a converted argument the type before
@@ -234,7 +245,11 @@ ZOR_API void     ExprSetEvalErr(ExprContext* expr, uint32_t code);
 
 /* Cross-reference: record assignments while on, then ExprXRef links each
    variable to the earlier expressions that assign it, which a run then
-   re-runs before reading it. */
+   re-runs before reading it. ExprXRefOn also clears the links of the last
+   ExprXRef (they would point into the new, empty list); on E_OUTOFMEMORY
+   recording stays off until an ExprXRefOn succeeds. A re-run nests one run
+   per link of a chain of dependencies; a re-run that would leave less than
+   64 KiB of the thread's stack fails the run with EXPR_E_TOO_DEEP. */
 ZOR_API ZORStatus ExprXRefOn(ExprContext* expr);
 ZOR_API void      ExprXRefOff(ExprContext* expr);
 ZOR_API ZORStatus ExprXRef(ExprContext* expr);

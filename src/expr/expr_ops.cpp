@@ -1,42 +1,151 @@
-// Placeholder operator code: every operator and conversion answers that it
-// has no code yet, and the cross-reference records and links nothing.
+// The run loop's handlers: each finds the slots an operator works on (its
+// own result slot, the target of an assignment, the element behind an index)
+// and leaves the arithmetic to the value routines.
 #include "expr_ops.h"
+#include "expr_ops_values.h"
+#include "../frame/zor_platform.h"
+
+using namespace zor_expr;
 
 namespace {
+
+// The type of the value an operand instruction left in its slot: a
+// conversion's record names the type it converted from.
+ZOR_FORCEINLINE uint32_t value_type(const ExprInstr* x)
+{
+    return is_conversion(x->opcode) ? converted_type(x->opcode) : x->operand.type;
+}
+
+ZORStatus value_operator(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr* y)
+{
+    return value_op(self->opcode, self->operand.type, self->operand.value,
+                            x->operand.value, y->operand.value);
+}
+
+// Comparisons and the logical operators carry EXT_Long as their own type and
+// go by the type of what they compare.
+ZORStatus truth_operator(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr* y)
+{
+    return value_op(self->opcode, value_type(x), self->operand.value,
+                            x->operand.value, y ? y->operand.value : nullptr);
+}
+
+ZORStatus unary_operator(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr*)
+{
+    return value_op(self->opcode, self->operand.type, self->operand.value,
+                            x->operand.value, nullptr);
+}
+
+// The index of a bit field gives a Long while the assignment above it still
+// names the whole field as its target; writing the field's 8 bytes through
+// the Long would overrun it, and a single bit has no address.
+ZOR_FORCEINLINE bool is_bit_of_field(const ExprInstr* x, uint32_t type)
+{
+    return x->opcode == EOP_IDX && x->operand.type != type;
+}
+
+// The assignment family and the prefix steps write the slot the left operand
+// addresses (a variable, or the element an index aimed at), and aim their own
+// record there so that whatever reads the result reaches that slot.
+ZORStatus assignment(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr* y)
+{
+    uint32_t type = self->operand.type;
+    if (ZOR_UNLIKELY(is_bit_of_field(x, type)))
+        return ZOR_E_UNEXPECTED;
+    void* target = x->operand.value;
+    self->operand.value = target;
+    return value_op(self->opcode, type, nullptr, target, y ? y->operand.value : nullptr);
+}
+
+// Postfix steps keep the old value in their own slot and change the target.
+ZORStatus postfix_step(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr*)
+{
+    uint32_t type = self->operand.type;
+    if (ZOR_UNLIKELY(is_bit_of_field(x, type)))
+        return ZOR_E_UNEXPECTED;
+    return value_op(self->opcode, type, self->operand.value, x->operand.value, nullptr);
+}
+
+ZORStatus conversion(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr*)
+{
+    return value_convert(self->opcode, self->operand.type, self->operand.value, x->operand.value);
+}
 
 ZORStatus not_implemented(ExprContext*, ExprInstr*, ExprInstr*, ExprInstr*)
 {
     return ZOR_E_NOTIMPL;
 }
 
+// Constants and temporaries, and nothing else, live in the data arena.
+bool in_data_arena(const ExprContext* expr, const void* slot)
+{
+    const uint8_t* p = static_cast<const uint8_t*>(slot);
+    return expr->dataArena && p >= expr->dataArena && p < expr->dataArena + expr->dataArenaUsed;
+}
+
+// A number variable is taken as an array of its type and the instruction is
+// aimed at the element, unchecked: the caller who defined the variable gave
+// the storage. A base with no variable behind it (a constant, a sum, a
+// function result) has only its own slot, which index 0 gives.
+ZORStatus index_element(ExprContext* expr, ExprInstr* self, ExprInstr* x, int32_t index,
+                        uint32_t width)
+{
+    uint8_t* base = static_cast<uint8_t*>(x->operand.value);
+    if (in_data_arena(expr, base) && index != 0)
+        return ZOR_DISP_E_BADINDEX;
+    self->operand.value = base + intptr_t(index) * intptr_t(width);
+    return ZOR_S_OK;
+}
+
+ZORStatus index_operator(ExprContext* expr, ExprInstr* self, ExprInstr* x, ExprInstr* y)
+{
+    int32_t index = *static_cast<const int32_t*>(y->operand.value);
+    switch (value_type(x)) {
+    case EXT_Char: return index_element(expr, self, x, index, sizeof(uint16_t));
+    case EXT_Long:
+    case EXT_ULong: return index_element(expr, self, x, index, sizeof(uint32_t));
+    case EXT_Double: return index_element(expr, self, x, index, sizeof(double));
+    case EXT_BitField: {
+        if (index < 0 || index > 63)
+            return ZOR_DISP_E_BADINDEX;
+        const ExprBitField* field = static_cast<const ExprBitField*>(x->operand.value);
+        uint32_t word = index < 32 ? field->lo : field->hi;
+        *static_cast<int32_t*>(self->operand.value) = (word >> (index & 31)) & 1;
+        return ZOR_S_OK;
+    }
+    case EXT_String: {
+        const TSString* text = static_cast<const TSString*>(x->operand.value);
+        if (index < 0 || index >= TSGetLen(text))
+            return ZOR_DISP_E_BADINDEX;
+        *static_cast<uint16_t*>(self->operand.value) = uint16_t(TSGetChar(text, index));
+        return ZOR_S_OK;
+    }
+    case EXT_Date: return ZOR_E_UNEXPECTED;
+    default: return ZOR_S_OK;
+    }
+}
+
 }
 
 const ExprOpHandler kExprOpHandlers[EOP_TO_STRING + 1] = {
-    not_implemented, not_implemented, not_implemented, not_implemented, not_implemented,
-    not_implemented, not_implemented, not_implemented, not_implemented, not_implemented,
-    not_implemented, not_implemented, not_implemented, not_implemented, not_implemented,
-    not_implemented, not_implemented, not_implemented, not_implemented, not_implemented,
-    not_implemented, not_implemented, not_implemented, not_implemented, not_implemented,
-    not_implemented, not_implemented, not_implemented, not_implemented, not_implemented,
-    not_implemented, not_implemented, not_implemented, not_implemented, not_implemented,
-    not_implemented, not_implemented, not_implemented, not_implemented, not_implemented,
-    not_implemented, not_implemented, not_implemented, not_implemented, not_implemented,
-    not_implemented, not_implemented, not_implemented, not_implemented, not_implemented,
-    not_implemented,
+    not_implemented,  // EOP_END: the run loop's
+    not_implemented,  // EOP_NOP: the run loop's
+    assignment, assignment, assignment, assignment, assignment, assignment,  // ASS .. SUBASS
+    assignment, assignment, assignment, assignment, assignment,              // SHLASS .. ORASS
+    truth_operator, truth_operator,                                          // LOR, LAND
+    value_operator, value_operator, value_operator,                          // OR, XOR, AND
+    truth_operator, truth_operator, truth_operator,                          // EQU, NEQ, LT
+    truth_operator, truth_operator, truth_operator,                          // GT, LEQ, GEQ
+    value_operator, value_operator, value_operator, value_operator,          // SHL .. SUB
+    value_operator, value_operator, value_operator,                          // MUL, DIV, MOD
+    assignment, assignment,                                                  // PREINC, PREDEC
+    unary_operator, unary_operator,                                          // POS, NEG
+    truth_operator,                                                          // LNOT
+    unary_operator,                                                          // NOT
+    not_implemented, not_implemented,                                        // DRF, ADR
+    postfix_step, postfix_step,                                              // POSTINC, POSTDEC
+    index_operator,
+    not_implemented,                                                         // EOP_PAR: the run loop's
+    not_implemented, not_implemented,                                        // DFA, IFA
+    conversion, conversion, conversion, conversion, conversion, conversion,
 };
-
-void expr_record_assignment(ExprContext*, ExprOperand*) {}
-
-ZORStatus expr_refresh_variable(ExprContext*, int32_t, uint32_t, intptr_t)
-{
-    return 0;
-}
-
-int expr_xref_compare(const void* key, const void* elem)
-{
-    const ExprXRefRecord* a = static_cast<const ExprXRefRecord*>(key);
-    const ExprXRefRecord* b = static_cast<const ExprXRefRecord*>(elem);
-    if (a->variable != b->variable)
-        return a->variable < b->variable ? -1 : 1;
-    return a->sequence == b->sequence ? 0 : (a->sequence < b->sequence ? -1 : 1);
-}

@@ -1,0 +1,204 @@
+// The cross-reference: which earlier expressions assign a variable, laid out
+// as runs of start indexes, and the step that re-runs them before a read.
+#include <windows.h>
+
+#include <algorithm>
+
+#include "expr_ops.h"
+#include "../frame/zor_alloc.h"
+#include "../frame/zor_platform.h"
+#include "zor_status.h"
+
+namespace {
+
+constexpr int32_t kRunEnd = -1;
+
+// A nested run that would leave less than this much of the thread's stack
+// fails instead: a chain of expressions, each reading what the one before
+// assigns, nests one run per link.
+constexpr ULONG_PTR kStackReserve = 64 * 1024;
+
+bool stack_too_low()
+{
+    ULONG_PTR low = 0, high = 0;
+    GetCurrentThreadStackLimits(&low, &high);
+    volatile char probe = 0;
+    ULONG_PTR here = reinterpret_cast<ULONG_PTR>(&probe);
+    return here < low + kStackReserve;
+}
+
+int32_t* list_data(const DA* list) { return reinterpret_cast<int32_t*>(list->data); }
+
+// Every instruction that copied a variable's operand at compile time gets the
+// variable's link. One pass over the code with a sorted look-up; should the
+// look-up table not be had, one pass per variable does the same, slower.
+bool by_value(const ExprOperand* a, const ExprOperand* b) { return a->value < b->value; }
+
+void link_instructions(ExprContext* expr, ExprOperand* const* variables, int32_t count)
+{
+    ExprInstr* code = reinterpret_cast<ExprInstr*>(expr->code->data);
+    int32_t size = expr->code->count;
+    for (int32_t i = 0; i < size; ++i) {
+        ExprOperand key = code[i].operand;
+        ExprOperand* const* end = variables + count;
+        ExprOperand* const* hit = std::lower_bound(variables, end, &key, by_value);
+        if (hit != end && (*hit)->value == key.value)
+            code[i].operand.xrefIndex = (*hit)->xrefIndex;
+    }
+}
+
+void link_one_by_one(ExprContext* expr, ExprOperand* const* variables, int32_t count)
+{
+    for (int32_t v = 0; v < count; ++v)
+        link_instructions(expr, variables + v, 1);
+}
+
+struct Layout {
+    ExprContext* expr;
+    ExprOperand* previous;
+    int32_t lastStart;
+    bool haveStart;
+    ExprOperand** variables;  // null when the table could not be had
+    int32_t count;
+};
+
+// Behind the last record of a variable: close its run and keep it for linking.
+void close_run(Layout& walk)
+{
+    DAAddElem(walk.expr->xrefList, &kRunEnd);
+    if (walk.variables)
+        walk.variables[walk.count++] = walk.previous;
+    else
+        link_one_by_one(walk.expr, &walk.previous, 1);
+}
+
+int lay_out_record(void* arg, void* elem)
+{
+    Layout& walk = *static_cast<Layout*>(arg);
+    const ExprXRefRecord& record = *static_cast<const ExprXRefRecord*>(elem);
+    DA* list = walk.expr->xrefList;
+    if (record.variable != walk.previous) {
+        if (walk.previous)
+            close_run(walk);
+        walk.previous = record.variable;
+        walk.previous->xrefIndex = DAGetSize(list);
+        walk.haveStart = false;
+    }
+    int32_t start = int32_t(record.exprStart);
+    if (!walk.haveStart || start != walk.lastStart) {
+        DAAddElem(list, &start);
+        walk.lastStart = start;
+        walk.haveStart = true;
+    }
+    return 0;
+}
+
+// Links into a list that is about to be replaced would point into the new
+// one, so they go with it. A function keeps its xrefIndex: there it is the
+// start of its argument types.
+int unlink_symbol(void*, void* elem)
+{
+    ExprOperand& operand = static_cast<ExprSymbol*>(elem)->operand;
+    if (operand.storage != EXS_Function)
+        operand.xrefIndex = -1;
+    return 0;
+}
+
+void unlink_all(ExprContext* expr)
+{
+    BTForEach(expr->symbols, unlink_symbol, nullptr);
+    ExprInstr* code = reinterpret_cast<ExprInstr*>(expr->code->data);
+    for (int32_t i = 0, n = expr->code->count; i < n; ++i)
+        if (code[i].operand.storage != EXS_Function)
+            code[i].operand.xrefIndex = -1;
+}
+
+}
+
+int expr_xref_compare(const void* key, const void* elem)
+{
+    const ExprXRefRecord* a = static_cast<const ExprXRefRecord*>(key);
+    const ExprXRefRecord* b = static_cast<const ExprXRefRecord*>(elem);
+    if (a->variable != b->variable)
+        return a->variable < b->variable ? -1 : 1;
+    return int32_t(a->sequence - b->sequence);
+}
+
+ZORStatus ExprXRefOn(ExprContext* expr)
+{
+    unlink_all(expr);
+    if (expr->xrefTree)
+        BTDestroy(expr->xrefTree, nullptr);
+    if (expr->xrefList)
+        DADestroy(expr->xrefList);
+    expr->xrefTree = BTCreate(expr_xref_compare, sizeof(ExprXRefRecord));
+    expr->xrefList = DACreate(sizeof(int32_t), 10);
+    if (!expr->xrefTree || !expr->xrefList) {
+        expr->xrefOn = 0;
+        return ZOR_E_OUTOFMEMORY;
+    }
+    expr->xrefOn = 1;
+    return ZOR_S_OK;
+}
+
+void ExprXRefOff(ExprContext* expr)
+{
+    expr->xrefOn = 0;
+}
+
+void expr_record_assignment(ExprContext* expr, ExprOperand* target)
+{
+    if (!expr->xrefOn || !expr->xrefTree)
+        return;
+    ExprXRefRecord record = {target, expr->xrefCounter, expr->actExpr};
+    BTInsert(expr->xrefTree, &record);
+    ++expr->xrefCounter;
+}
+
+ZORStatus ExprXRef(ExprContext* expr)
+{
+    if (!expr->xrefTree || !expr->xrefList)
+        return ZOR_S_OK;
+    uint32_t records = BTCount(expr->xrefTree);
+    Layout walk = {expr, nullptr, 0, false, nullptr, 0};
+    if (records)
+        walk.variables = static_cast<ExprOperand**>(zor_malloc(records * sizeof(ExprOperand*)));
+    BTForEach(expr->xrefTree, lay_out_record, &walk);
+    if (walk.previous)
+        close_run(walk);
+    else
+        DAAddElem(expr->xrefList, &kRunEnd);
+    if (walk.variables) {
+        std::sort(walk.variables, walk.variables + walk.count, by_value);
+        link_instructions(expr, walk.variables, walk.count);
+        zor_free(walk.variables);
+    }
+    return ZOR_S_OK;
+}
+
+// A run that is cut short (a failed append while laying out) ends at the
+// list's end instead of reading past it.
+ZORStatus expr_refresh_variable(ExprContext* expr, int32_t xrefIndex, uint32_t start,
+                                intptr_t userArg)
+{
+    if (expr->evalErr)
+        return expr->evalErr;
+    for (int32_t i = xrefIndex;; ++i) {
+        const DA* list = expr->xrefList;
+        if (!list || i < 0 || i >= list->count)
+            return ZOR_S_OK;
+        int32_t entry = list_data(list)[i];
+        if (entry == kRunEnd || entry >= int32_t(start))
+            return ZOR_S_OK;
+        if (stack_too_low())
+            return expr->evalErr = EXPR_E_TOO_DEEP;
+        int32_t depth = expr->stackDepth;
+        expr->evalErr = ExprEvaluate(expr, uint32_t(entry), userArg);
+        // The inner result must not lie between the operands of the operator
+        // in progress. A stack that was emptied by a failed growth stays so.
+        if (expr->stack && depth <= expr->stackSize)
+            expr->stackDepth = depth;
+        if (expr->evalErr)
+            return expr->evalErr;
+    }
+}

@@ -1,0 +1,269 @@
+// Random formulas, run by the engine and by a small evaluator written here
+// from the rules of the value types: the two must agree on the result code,
+// the result type and the value.
+#include <doctest/doctest.h>
+
+#include <math.h>
+#include <string.h>
+
+#include <limits>
+#include <memory>
+#include <string>
+
+#include "expr_fixture.h"
+
+namespace {
+
+struct Val {
+    uint32_t type;
+    uint32_t bits;  // Char, Long, ULong
+    double d;
+};
+
+struct Node {
+    std::wstring op;  // empty for a leaf
+    std::unique_ptr<Node> left, right;
+    int var = -1;      // index into the variables, or -1 for a literal
+    Val literal{};
+};
+
+class Random {
+public:
+    explicit Random(uint64_t seed) : m_state(seed) {}
+    uint32_t next()
+    {
+        m_state ^= m_state << 13, m_state ^= m_state >> 7, m_state ^= m_state << 17;
+        return uint32_t(m_state >> 16);
+    }
+    uint32_t below(uint32_t n) { return next() % n; }
+
+private:
+    uint64_t m_state;
+};
+
+const wchar_t* const kBinary[] = {L"+", L"-", L"*", L"/", L"%", L"<<", L">>", L"&", L"|",
+                                  L"^", L"==", L"!=", L"<", L">", L"<=", L">=", L"&&", L"||"};
+const wchar_t* const kUnary[] = {L"-", L"~", L"!"};
+
+// Variables: two of each number type, named by type letter and number.
+const uint32_t kVarTypes[] = {EXT_Char, EXT_Char, EXT_Long, EXT_Long,
+                              EXT_ULong, EXT_ULong, EXT_Double, EXT_Double};
+const wchar_t* const kVarNames[] = {L"c0", L"c1", L"l0", L"l1", L"u0", L"u1", L"d0", L"d1"};
+
+Val random_value(Random& rnd, uint32_t type)
+{
+    static const uint32_t ints[] = {0, 1, 2, 3, 7, 31, 32, 33, 0x7FFF, 0x8000, 0xFFFF,
+                                    0x7FFFFFFF, 0x80000000u, 0xFFFFFFFFu, 0xFFFFFFF9u};
+    static const double doubles[] = {0.0, -0.0, 1.0, -1.5, 2.5, 7.0, 1e10, -3e9,
+                                     std::numeric_limits<double>::infinity(),
+                                     std::numeric_limits<double>::quiet_NaN()};
+    if (type == EXT_Double)
+        return {type, 0, doubles[rnd.below(10)]};
+    uint32_t bits = rnd.below(4) ? ints[rnd.below(15)] : rnd.next();
+    return {type, type == EXT_Char ? bits & 0xFFFF : bits, 0};
+}
+
+std::unique_ptr<Node> generate(Random& rnd, int depth, bool mixed)
+{
+    auto node = std::make_unique<Node>();
+    uint32_t pick = rnd.below(10);
+    if (depth == 0 || pick < 3) {
+        if (rnd.below(2)) {
+            node->var = int(mixed ? rnd.below(8) : rnd.below(6));
+        } else if (mixed && rnd.below(3) == 0) {
+            node->literal = {EXT_Double, 0, double(rnd.below(20)) / 4};
+        } else {
+            // Up to 0x7FFF a literal is a Long, up to 0xFFFF a ULong.
+            uint32_t v = rnd.below(3) ? rnd.below(40) : 0x7FF0 + rnd.below(32);
+            node->literal = {v > 0x7FFF ? uint32_t(EXT_ULong) : uint32_t(EXT_Long), v, 0};
+        }
+    } else if (pick < 5) {
+        node->op = kUnary[rnd.below(3)];
+        node->left = generate(rnd, depth - 1, mixed);
+    } else {
+        node->op = kBinary[rnd.below(18)];
+        node->left = generate(rnd, depth - 1, mixed);
+        node->right = generate(rnd, depth - 1, mixed);
+    }
+    return node;
+}
+
+std::wstring text(const Node& n)
+{
+    if (n.op.empty()) {
+        if (n.var >= 0)
+            return kVarNames[n.var];
+        if (n.literal.type == EXT_Double)
+            return std::to_wstring(n.literal.d);  // quarters: exact in six decimals
+        return std::to_wstring(n.literal.bits);
+    }
+    if (!n.right)
+        return n.op + L"(" + text(*n.left) + L")";
+    return L"(" + text(*n.left) + L" " + n.op + L" " + text(*n.right) + L")";
+}
+
+// Widening as the balance of two types does it; narrowing to Long only for
+// shift counts.
+Val convert(Val v, uint32_t to)
+{
+    if (v.type == to)
+        return v;
+    if (to == EXT_Double)
+        return {to, 0, v.type == EXT_Long ? double(int32_t(v.bits)) : double(v.bits)};
+    if (v.type == EXT_Double) {
+        bool fits = v.d > -2147483649.0 && v.d < 2147483648.0;
+        return {to, fits ? uint32_t(int32_t(v.d)) : 0x80000000u, 0};
+    }
+    return {to, v.bits, 0};
+}
+
+struct Result {
+    ZORStatus code;
+    Val v;
+};
+
+Result truth(bool v) { return Result{0, {EXT_Long, uint32_t(v), 0}}; }
+
+// Comparisons and logical operators, by the values' own ordering; null for
+// any other operator.
+template <class T>
+const Result* compared(const std::wstring& op, T a, T b, Result* out)
+{
+    if (op == L"&&") *out = truth(a != T(0) && b != T(0));
+    else if (op == L"||") *out = truth(a != T(0) || b != T(0));
+    else if (op == L"==") *out = truth(a == b);
+    else if (op == L"!=") *out = truth(a != b);
+    else if (op == L"<") *out = truth(a < b);
+    else if (op == L">") *out = truth(a > b);
+    else if (op == L"<=") *out = truth(a <= b);
+    else if (op == L">=") *out = truth(a >= b);
+    else return nullptr;
+    return out;
+}
+
+Result integer_op(const std::wstring& op, uint32_t t, uint32_t a, uint32_t b)
+{
+    uint32_t mask = t == EXT_Char ? 0xFFFF : 0xFFFFFFFF;
+    bool is_signed = t == EXT_Long;
+    int32_t sa = int32_t(a), sb = int32_t(b);
+    auto num = [&](uint32_t v) { return Result{0, {t, v & mask, 0}}; };
+    Result r;
+    if (is_signed ? compared(op, sa, sb, &r) : compared(op, a, b, &r))
+        return r;
+    if (op == L"+") return num(a + b);
+    if (op == L"-") return num(a - b);
+    if (op == L"*") return num(a * b);
+    if (op == L"/" || op == L"%") {
+        if (b == 0)
+            return {ZOR_DISP_E_DIVBYZERO, {}};
+        if (is_signed && sb == -1)
+            return num(op == L"/" ? 0u - a : 0u);
+        if (is_signed)
+            return num(uint32_t(op == L"/" ? sa / sb : sa % sb));
+        return num(op == L"/" ? a / b : a % b);
+    }
+    if (op == L"<<") return num(a << (b & 31));
+    if (op == L">>") return num(is_signed ? uint32_t(sa >> (b & 31)) : a >> (b & 31));
+    if (op == L"&") return num(a & b);
+    if (op == L"|") return num(a | b);
+    return num(a ^ b);
+}
+
+Result double_op(const std::wstring& op, double a, double b)
+{
+    auto num = [](double v) { return Result{0, {EXT_Double, 0, v}}; };
+    Result r;
+    if (compared(op, a, b, &r))
+        return r;
+    if (op == L"+") return num(a + b);
+    if (op == L"-") return num(a - b);
+    if (op == L"*") return num(a * b);
+    if (op == L"/" || op == L"%") {
+        if (b == 0.0)
+            return {ZOR_DISP_E_DIVBYZERO, {}};
+        return num(op == L"/" ? a / b : fmod(a, b));
+    }
+    return {ZOR_E_UNEXPECTED, {}};  // bitwise and shifts
+}
+
+Result evaluate(const Node& n, const Val* vars)
+{
+    if (n.op.empty())
+        return {0, n.var >= 0 ? vars[n.var] : n.literal};
+    Result a = evaluate(*n.left, vars);
+    if (a.code)
+        return a;
+    if (!n.right) {
+        Val v = a.v;
+        if (n.op == L"!")
+            return {0, {EXT_Long, v.type == EXT_Double ? v.d == 0.0 : v.bits == 0, 0}};
+        if (v.type == EXT_Double)
+            return n.op == L"-" ? Result{0, {v.type, 0, -v.d}} : Result{ZOR_E_UNEXPECTED, {}};
+        uint32_t bits = n.op == L"-" ? 0u - v.bits : ~v.bits;
+        return {0, {v.type, v.type == EXT_Char ? bits & 0xFFFF : bits, 0}};
+    }
+    Result b = evaluate(*n.right, vars);
+    if (b.code)
+        return b;
+    uint32_t type = a.v.type > b.v.type ? a.v.type : b.v.type;
+    Val x = convert(a.v, type), y = convert(b.v, type);
+    if (n.op == L"<<" || n.op == L">>")
+        x = a.v, y = convert(b.v, EXT_Long), type = a.v.type;
+    if (type == EXT_Double)
+        return double_op(n.op, x.d, y.d);
+    return integer_op(n.op, type, x.bits, y.bits);
+}
+
+bool same(const Val& expected, uint32_t type, const void* value)
+{
+    if (expected.type != type)
+        return false;
+    switch (type) {
+    case EXT_Char: return *static_cast<const uint16_t*>(value) == expected.bits;
+    case EXT_Double: {
+        double d = *static_cast<const double*>(value);
+        return (isnan(d) && isnan(expected.d)) || memcmp(&d, &expected.d, 8) == 0;
+    }
+    default: return *static_cast<const uint32_t*>(value) == expected.bits;
+    }
+}
+
+void run_random_formulas(uint64_t seed, int count, bool mixed)
+{
+    Random rnd(seed);
+    alignas(8) unsigned char storage[8][8];
+    Val vars[8];
+    Expr e;
+    for (int i = 0; i < 8; ++i)
+        REQUIRE(ExprDefineVar(e, storage[i], kVarNames[i], kVarTypes[i]) == 0);
+    for (int i = 0; i < count; ++i) {
+        for (int v = 0; v < 8; ++v) {
+            vars[v] = random_value(rnd, kVarTypes[v]);
+            if (kVarTypes[v] == EXT_Double)
+                memcpy(storage[v], &vars[v].d, 8);
+            else
+                memcpy(storage[v], &vars[v].bits, kVarTypes[v] == EXT_Char ? 2 : 4);
+        }
+        std::unique_ptr<Node> tree = generate(rnd, 1 + int(rnd.below(4)), mixed);
+        std::wstring formula = text(*tree);
+        CAPTURE(formula);
+        Result expected = evaluate(*tree, vars);
+        REQUIRE(e.compile(formula.c_str()) == 0);
+        ZORStatus status = ExprEvaluate(e, e.first, 0);
+        REQUIRE(status == expected.code);
+        if (status == 0)
+            REQUIRE(same(expected.v, e.resultType, ExprPopResult(e)));
+    }
+}
+
+}
+
+TEST_CASE("random integer formulas agree with the reference evaluator")
+{
+    run_random_formulas(0x5EED1234u, 4000, false);
+}
+
+TEST_CASE("random formulas mixing characters, integers and doubles agree with the reference")
+{
+    run_random_formulas(0xC0FFEE77u, 4000, true);
+}

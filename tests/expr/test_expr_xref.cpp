@@ -1,0 +1,197 @@
+#include <doctest/doctest.h>
+
+#include <string>
+#include <vector>
+
+#include "alloc_check.h"
+#include "expr_fixture.h"
+
+namespace {
+
+std::vector<int32_t> list_of(ExprContext* expr)
+{
+    const int32_t* data = reinterpret_cast<const int32_t*>(expr->xrefList->data);
+    return std::vector<int32_t>(data, data + expr->xrefList->count);
+}
+
+// The run that a variable's link points at, up to its closing -1.
+std::vector<int32_t> run_of(ExprContext* expr, const wchar_t* name)
+{
+    std::vector<int32_t> list = list_of(expr), run;
+    int32_t i = ExprLookUp(expr, name)->xrefIndex;
+    REQUIRE(i >= 0);
+    while (list.at(size_t(i)) != -1)
+        run.push_back(list[size_t(i++)]);
+    return run;
+}
+
+struct Sheet : Expr {
+    int32_t v = 0, w = 0, a = 0, x = 0, y = 0;
+    Sheet()
+    {
+        for (auto [p, name] : {std::pair{&v, L"v"}, {&w, L"w"}, {&a, L"a"}, {&x, L"x"}, {&y, L"y"}})
+            REQUIRE(ExprDefineVar(&ctx, p, name, EXT_Long) == 0);
+    }
+    uint32_t line(const wchar_t* text)
+    {
+        CAPTURE(std::wstring(text));
+        REQUIRE(compile(text) == 0);
+        return first;
+    }
+    int32_t eval(uint32_t start)
+    {
+        REQUIRE(ExprEvaluate(&ctx, start, 0) == 0);
+        return *static_cast<int32_t*>(ExprPopResult(&ctx));
+    }
+};
+
+int32_t g_constant = 3;
+int32_t answer(ExprContext*, intptr_t) { return 42; }
+
+}
+
+TEST_CASE("the list holds one run per assigned variable, and every copy of it is linked")
+{
+    Sheet e;
+    REQUIRE(ExprXRef(e) == 0);  // recording is off: nothing but the closing -1
+    CHECK(list_of(e) == std::vector<int32_t>{-1});
+    CHECK(ExprLookUp(e, L"v")->xrefIndex == -1);
+
+    REQUIRE(ExprDefineConst(e, &g_constant, L"k", EXT_Long) == 0);
+    REQUIRE(ExprDefineFn(e, reinterpret_cast<ExprUserFn>(answer), L"f", EXT_Long, 0) == 0);
+    int32_t fnIndex = ExprLookUp(e, L"f")->xrefIndex;
+    REQUIRE(ExprXRefOn(e) == 0);
+    CHECK(list_of(e).empty());
+    e.line(L"v = 7");
+    REQUIRE(ExprXRefOn(e) == 0);  // forgets the record above
+    uint32_t reads = e.line(L"w = v + k + f()");  // reads v before anything assigns it
+    uint32_t first = e.line(L"v = 1");
+    uint32_t twice = e.line(L"a = (a = 2) + 1");
+    uint32_t second = e.line(L"v++");
+    ExprXRefOff(e);
+    e.line(L"v = 5");  // compiled while off: no record
+    REQUIRE(ExprXRef(e) == 0);
+
+    CHECK(run_of(e, L"v") == std::vector<int32_t>{int32_t(first), int32_t(second)});
+    CHECK(run_of(e, L"w") == std::vector<int32_t>{int32_t(reads)});
+    CHECK(run_of(e, L"a") == std::vector<int32_t>{int32_t(twice)});
+    CHECK(list_of(e).size() == 7);  // three runs, each closed, plus nothing else
+    CHECK(ExprLookUp(e, L"k")->xrefIndex == -1);
+    CHECK(ExprLookUp(e, L"f")->xrefIndex == fnIndex);
+    int32_t linked = 0;
+    for (uint32_t i = 0; i < e.size(); ++i) {
+        const ExprOperand& op = e.at(i).operand;
+        if (op.value == &e.v) {
+            CHECK(op.xrefIndex == ExprLookUp(e, L"v")->xrefIndex);
+            ++linked;
+        }
+        if (op.storage == EXS_Function)
+            CHECK(op.xrefIndex == fnIndex);
+    }
+    CHECK(linked >= 5);
+
+    // Laying out again appends fresh runs and moves the links to them.
+    REQUIRE(ExprXRef(e) == 0);
+    CHECK(list_of(e).size() == 14);
+    CHECK(ExprLookUp(e, L"v")->xrefIndex >= 7);
+    CHECK(run_of(e, L"v") == std::vector<int32_t>{int32_t(first), int32_t(second)});
+}
+
+TEST_CASE("reading a variable first re-runs the earlier expressions that assign it")
+{
+    Sheet e;
+    REQUIRE(ExprXRefOn(e) == 0);
+    uint32_t one = e.line(L"x = 1");
+    uint32_t copy = e.line(L"y = x");
+    e.line(L"x = 2");  // behind y = x: never re-run for it
+    uint32_t bump = e.line(L"v = v + 1");
+    uint32_t readV = e.line(L"w = v * 10");
+    uint32_t sum = e.line(L"y + (v + x)");
+    REQUIRE(ExprXRef(e) == 0);
+
+    e.x = 0;
+    CHECK(e.eval(copy) == 1);
+    CHECK(e.eval(one) == 1);
+    // Its own start stops the expression from re-running itself.
+    CHECK(e.eval(bump) == 1);
+    CHECK(e.eval(readV) == 20);
+    CHECK(e.v == 2);
+    // Re-runs between the operands leave exactly one result behind.
+    int32_t depth = e->stackDepth;
+    CHECK(e.eval(sum) == 1 + 3 + 2);  // both assignments of x start earlier
+    CHECK(e->stackDepth == depth);
+    // Running everything re-runs nothing.
+    e.v = 0;
+    REQUIRE(ExprEvaluate(e, EXPR_RUN_ALL, 0) == 0);
+    CHECK((e.v == 1 && e.w == 10 && e.x == 2));
+}
+
+namespace {
+uint32_t g_code;
+int32_t fails(ExprContext* expr, intptr_t)
+{
+    ExprSetEvalErr(expr, g_code);
+    return 0;
+}
+}
+
+TEST_CASE("a failing re-run ends the reading run with its code")
+{
+    Sheet e;
+    REQUIRE(ExprDefineFn(e, reinterpret_cast<ExprUserFn>(fails), L"bad", EXT_Long, 0) == 0);
+    REQUIRE(ExprXRefOn(e) == 0);
+    e.line(L"x = 1 / a");
+    e.line(L"y = bad()");
+    uint32_t reads = e.line(L"x + y");
+    REQUIRE(ExprXRef(e) == 0);
+    e.a = 0;
+    CHECK(ExprEvaluate(e, reads, 0) == ZOR_DISP_E_DIVBYZERO);
+    CHECK(ExprGetEvalErr(e) == ZOR_DISP_E_DIVBYZERO);
+    e.a = 1;
+    g_code = 0x80041234u;
+    CHECK(ExprEvaluate(e, reads, 0) == g_code);
+}
+
+TEST_CASE("a long chain of dependencies ends in a failure instead of exhausting the stack")
+{
+    for (int links : {300, 60000}) {
+        Expr e;
+        std::vector<int32_t> vars(size_t(links) + 1);
+        std::vector<std::wstring> names(vars.size());
+        for (size_t i = 0; i < vars.size(); ++i) {
+            names[i] = L"v" + std::to_wstring(i);
+            REQUIRE(ExprDefineVar(e, &vars[i], names[i].c_str(), EXT_Long) == 0);
+        }
+        REQUIRE(ExprXRefOn(e) == 0);
+        for (size_t i = 1; i < vars.size(); ++i)
+            REQUIRE(e.compile((names[i] + L" = " + names[i - 1] + L" + 1").c_str()) == 0);
+        REQUIRE(ExprXRef(e) == 0);
+        ZORStatus status = ExprEvaluate(e, e.first, 0);
+        if (links == 300)
+            CHECK((status == 0 && vars.back() == 300));
+        else
+            CHECK(status == EXPR_E_TOO_DEEP);
+    }
+}
+
+TEST_CASE("exhaustion: a failed start records nothing, a failed look-up table still links")
+{
+    Sheet e;
+    {
+        AllAllocationsFail fail;
+        CHECK(ExprXRefOn(e) == ZOR_E_OUTOFMEMORY);
+    }
+    CHECK(e->xrefOn == 0);
+    e.line(L"v = 1");
+    CHECK(ExprXRef(e) == 0);
+
+    REQUIRE(ExprXRefOn(e) == 0);
+    uint32_t assigns = e.line(L"v = 2");
+    uint32_t reads = e.line(L"v");
+    zor_alloc_probe::fail_nth(1);
+    CHECK(ExprXRef(e) == 0);
+    zor_alloc_probe::fail_nth(0);
+    CHECK(run_of(e, L"v") == std::vector<int32_t>{int32_t(assigns)});
+    e.v = 0;
+    CHECK(e.eval(reads) == 2);
+}
