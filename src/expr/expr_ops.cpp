@@ -16,24 +16,25 @@ ZOR_FORCEINLINE uint32_t value_type(const ExprInstr* x)
     return is_conversion(x->opcode) ? converted_type(x->opcode) : x->operand.type;
 }
 
+// The right operand's slot, for the opcodes that have one.
+template <uint32_t Op>
+ZOR_FORCEINLINE const void* right(const ExprInstr* y)
+{
+    return kExprOpArity[Op] == 2 ? y->operand.value : nullptr;
+}
+
+template <uint32_t Op>
 ZORStatus value_operator(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr* y)
 {
-    return value_op(self->opcode, self->operand.type, self->operand.value,
-                            x->operand.value, y->operand.value);
+    return value_op<Op>(self->operand.type, self->operand.value, x->operand.value, right<Op>(y));
 }
 
 // Comparisons and the logical operators carry EXT_Long as their own type and
 // go by the type of what they compare.
+template <uint32_t Op>
 ZORStatus truth_operator(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr* y)
 {
-    return value_op(self->opcode, value_type(x), self->operand.value,
-                            x->operand.value, y ? y->operand.value : nullptr);
-}
-
-ZORStatus unary_operator(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr*)
-{
-    return value_op(self->opcode, self->operand.type, self->operand.value,
-                            x->operand.value, nullptr);
+    return value_op<Op>(value_type(x), self->operand.value, x->operand.value, right<Op>(y));
 }
 
 // The index of a bit field gives a Long while the assignment above it still
@@ -47,6 +48,7 @@ ZOR_FORCEINLINE bool is_bit_of_field(const ExprInstr* x, uint32_t type)
 // The assignment family and the prefix steps write the slot the left operand
 // addresses (a variable, or the element an index aimed at), and aim their own
 // record there so that whatever reads the result reaches that slot.
+template <uint32_t Op>
 ZORStatus assignment(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr* y)
 {
     uint32_t type = self->operand.type;
@@ -54,16 +56,17 @@ ZORStatus assignment(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr* y)
         return ZOR_E_UNEXPECTED;
     void* target = x->operand.value;
     self->operand.value = target;
-    return value_op(self->opcode, type, nullptr, target, y ? y->operand.value : nullptr);
+    return value_op<Op>(type, nullptr, target, right<Op>(y));
 }
 
 // Postfix steps keep the old value in their own slot and change the target.
+template <uint32_t Op>
 ZORStatus postfix_step(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr*)
 {
     uint32_t type = self->operand.type;
     if (ZOR_UNLIKELY(is_bit_of_field(x, type)))
         return ZOR_E_UNEXPECTED;
-    return value_op(self->opcode, type, self->operand.value, x->operand.value, nullptr);
+    return value_op<Op>(type, self->operand.value, x->operand.value, nullptr);
 }
 
 ZORStatus conversion(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr*)
@@ -130,22 +133,24 @@ ZORStatus index_operator(ExprContext* expr, ExprInstr* self, ExprInstr* x, ExprI
 const ExprOpHandler kExprOpHandlers[EOP_TO_STRING + 1] = {
     not_implemented,  // EOP_END: the run loop's
     not_implemented,  // EOP_NOP: the run loop's
-    assignment, assignment, assignment, assignment, assignment, assignment,  // ASS .. SUBASS
-    assignment, assignment, assignment, assignment, assignment,              // SHLASS .. ORASS
-    truth_operator, truth_operator,                                          // LOR, LAND
-    value_operator, value_operator, value_operator,                          // OR, XOR, AND
-    truth_operator, truth_operator, truth_operator,                          // EQU, NEQ, LT
-    truth_operator, truth_operator, truth_operator,                          // GT, LEQ, GEQ
-    value_operator, value_operator, value_operator, value_operator,          // SHL .. SUB
-    value_operator, value_operator, value_operator,                          // MUL, DIV, MOD
-    assignment, assignment,                                                  // PREINC, PREDEC
-    unary_operator, unary_operator,                                          // POS, NEG
-    truth_operator,                                                          // LNOT
-    unary_operator,                                                          // NOT
-    not_implemented, not_implemented,                                        // DRF, ADR
-    postfix_step, postfix_step,                                              // POSTINC, POSTDEC
+    assignment<EOP_ASS>, assignment<EOP_MULASS>, assignment<EOP_DIVASS>,
+    assignment<EOP_MODASS>, assignment<EOP_ADDASS>, assignment<EOP_SUBASS>,
+    assignment<EOP_SHLASS>, assignment<EOP_SHRASS>, assignment<EOP_ANDASS>,
+    assignment<EOP_XORASS>, assignment<EOP_ORASS>,
+    truth_operator<EOP_LOR>, truth_operator<EOP_LAND>,
+    value_operator<EOP_OR>, value_operator<EOP_XOR>, value_operator<EOP_AND>,
+    truth_operator<EOP_EQU>, truth_operator<EOP_NEQ>, truth_operator<EOP_LT>,
+    truth_operator<EOP_GT>, truth_operator<EOP_LEQ>, truth_operator<EOP_GEQ>,
+    value_operator<EOP_SHL>, value_operator<EOP_SHR>, value_operator<EOP_ADD>,
+    value_operator<EOP_SUB>, value_operator<EOP_MUL>, value_operator<EOP_DIV>,
+    value_operator<EOP_MOD>,
+    assignment<EOP_PREINC>, assignment<EOP_PREDEC>,
+    value_operator<EOP_POS>, value_operator<EOP_NEG>, truth_operator<EOP_LNOT>,
+    value_operator<EOP_NOT>,
+    not_implemented, not_implemented,  // DRF, ADR
+    postfix_step<EOP_POSTINC>, postfix_step<EOP_POSTDEC>,
     index_operator,
-    not_implemented,                                                         // EOP_PAR: the run loop's
-    not_implemented, not_implemented,                                        // DFA, IFA
+    not_implemented,  // EOP_PAR: the run loop's
+    not_implemented, not_implemented,  // DFA, IFA
     conversion, conversion, conversion, conversion, conversion, conversion,
 };

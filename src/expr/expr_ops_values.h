@@ -5,10 +5,15 @@
 
 #include <stdint.h>
 
+#include "expr_ops_numeric.h"
 #include "zor_expr.h"
 #include "zor_status.h"
 
 namespace zor_expr {
+
+ZORStatus bitfield_op(uint32_t op, void* r, void* x, const void* y);
+ZORStatus string_op(uint32_t op, void* r, void* x, const void* y);
+ZORStatus date_op(uint32_t op, void* r, void* x, const void* y);
 
 // Operand roles by opcode:
 //   value operators, comparisons, logicals: r = x op y (r of a comparison or
@@ -19,17 +24,23 @@ namespace zor_expr {
 // Shift counts arrive as int32_t whatever the type of x.
 // `type` is the type the operator works by; EXT_Void and types above
 // EXT_Date do nothing and succeed.
-ZORStatus value_op(uint32_t op, uint32_t type, void* r, void* x, const void* y);
+template <uint32_t Op>
+ZOR_FORCEINLINE ZORStatus value_op(uint32_t type, void* r, void* x, const void* y)
+{
+    switch (type) {
+    case EXT_Char: return numeric_op<uint16_t>(Op, r, x, y);
+    case EXT_Long: return numeric_op<int32_t>(Op, r, x, y);
+    case EXT_ULong: return numeric_op<uint32_t>(Op, r, x, y);
+    case EXT_Double: return numeric_op<double>(Op, r, x, y);
+    case EXT_BitField: return bitfield_op(Op, r, x, y);
+    case EXT_String: return string_op(Op, r, x, y);
+    case EXT_Date: return date_op(Op, r, x, y);
+    default: return ZOR_S_OK;
+    }
+}
 
 // r of the conversion's target type from x of type `from`.
 ZORStatus value_convert(uint32_t op, uint32_t from, void* r, const void* x);
-
-// The per-family halves of value_op.
-template <class T>
-ZORStatus numeric_op(uint32_t op, void* r, void* x, const void* y);
-ZORStatus bitfield_op(uint32_t op, void* r, void* x, const void* y);
-ZORStatus string_op(uint32_t op, void* r, void* x, const void* y);
-ZORStatus date_op(uint32_t op, void* r, void* x, const void* y);
 
 // The type a conversion instruction leaves in its slot.
 inline uint32_t converted_type(uint32_t op)

@@ -1,15 +1,20 @@
 // Operators on the four number types, written once over the type. Integer
 // arithmetic runs in 32 unsigned bits and is cut back to the type, which is
-// what makes every integer operator wrap instead of overflowing.
+// what makes every integer operator wrap instead of overflowing. Inline, so
+// that a handler made for one opcode keeps only that opcode's branch.
+#pragma once
+
 #include <math.h>
+#include <stdint.h>
 
 #include <type_traits>
 
-#include "expr_ops_values.h"
 #include "../frame/zor_platform.h"
+#include "zor_expr.h"
+#include "zor_status.h"
 
 namespace zor_expr {
-namespace {
+namespace numeric {
 
 template <class T>
 constexpr bool kFloat = std::is_floating_point<T>::value;
@@ -17,7 +22,7 @@ constexpr bool kFloat = std::is_floating_point<T>::value;
 enum class Kind { Add, Sub, Mul, Div, Mod, And, Or, Xor, Shl, Shr };
 
 // The assignment forms share the kind of their plain operator.
-Kind kind_of(uint32_t op)
+constexpr Kind kind_of(uint32_t op)
 {
     switch (op) {
     case EOP_ADD: case EOP_ADDASS: return Kind::Add;
@@ -149,8 +154,9 @@ ZOR_FORCEINLINE int32_t compared(uint32_t op, T x, T y)
 }
 
 template <class T>
-ZORStatus numeric_op(uint32_t op, void* r, void* x, const void* y)
+ZOR_FORCEINLINE ZORStatus numeric_op(uint32_t op, void* r, void* x, const void* y)
 {
+    using namespace numeric;
     T& a = *static_cast<T*>(x);
     switch (op) {
     case EOP_ASS:
@@ -198,25 +204,6 @@ ZORStatus numeric_op(uint32_t op, void* r, void* x, const void* y)
         return ZOR_S_OK;
     default:
         return ZOR_E_UNEXPECTED;
-    }
-}
-
-template ZORStatus numeric_op<uint16_t>(uint32_t, void*, void*, const void*);
-template ZORStatus numeric_op<int32_t>(uint32_t, void*, void*, const void*);
-template ZORStatus numeric_op<uint32_t>(uint32_t, void*, void*, const void*);
-template ZORStatus numeric_op<double>(uint32_t, void*, void*, const void*);
-
-ZORStatus value_op(uint32_t op, uint32_t type, void* r, void* x, const void* y)
-{
-    switch (type) {
-    case EXT_Char: return numeric_op<uint16_t>(op, r, x, y);
-    case EXT_Long: return numeric_op<int32_t>(op, r, x, y);
-    case EXT_ULong: return numeric_op<uint32_t>(op, r, x, y);
-    case EXT_Double: return numeric_op<double>(op, r, x, y);
-    case EXT_BitField: return bitfield_op(op, r, x, y);
-    case EXT_String: return string_op(op, r, x, y);
-    case EXT_Date: return date_op(op, r, x, y);
-    default: return ZOR_S_OK;
     }
 }
 
