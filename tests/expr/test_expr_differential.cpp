@@ -7,7 +7,6 @@
 #include <string.h>
 
 #include <limits>
-#include <memory>
 #include <string>
 
 #include "expr_fixture.h"
@@ -18,13 +17,6 @@ struct Val {
     uint32_t type;
     uint32_t bits;  // Char, Long, ULong
     double d;
-};
-
-struct Node {
-    std::wstring op;  // empty for a leaf
-    std::unique_ptr<Node> left, right;
-    int var = -1;      // index into the variables, or -1 for a literal
-    Val literal{};
 };
 
 class Random {
@@ -61,45 +53,6 @@ Val random_value(Random& rnd, uint32_t type)
         return {type, 0, doubles[rnd.below(10)]};
     uint32_t bits = rnd.below(4) ? ints[rnd.below(15)] : rnd.next();
     return {type, type == EXT_Char ? bits & 0xFFFF : bits, 0};
-}
-
-std::unique_ptr<Node> generate(Random& rnd, int depth, bool mixed)
-{
-    auto node = std::make_unique<Node>();
-    uint32_t pick = rnd.below(10);
-    if (depth == 0 || pick < 3) {
-        if (rnd.below(2)) {
-            node->var = int(mixed ? rnd.below(8) : rnd.below(6));
-        } else if (mixed && rnd.below(3) == 0) {
-            node->literal = {EXT_Double, 0, double(rnd.below(20)) / 4};
-        } else {
-            // Up to 0x7FFF a literal is a Long, up to 0xFFFF a ULong.
-            uint32_t v = rnd.below(3) ? rnd.below(40) : 0x7FF0 + rnd.below(32);
-            node->literal = {v > 0x7FFF ? uint32_t(EXT_ULong) : uint32_t(EXT_Long), v, 0};
-        }
-    } else if (pick < 5) {
-        node->op = kUnary[rnd.below(3)];
-        node->left = generate(rnd, depth - 1, mixed);
-    } else {
-        node->op = kBinary[rnd.below(18)];
-        node->left = generate(rnd, depth - 1, mixed);
-        node->right = generate(rnd, depth - 1, mixed);
-    }
-    return node;
-}
-
-std::wstring text(const Node& n)
-{
-    if (n.op.empty()) {
-        if (n.var >= 0)
-            return kVarNames[n.var];
-        if (n.literal.type == EXT_Double)
-            return std::to_wstring(n.literal.d);  // quarters: exact in six decimals
-        return std::to_wstring(n.literal.bits);
-    }
-    if (!n.right)
-        return n.op + L"(" + text(*n.left) + L")";
-    return L"(" + text(*n.left) + L" " + n.op + L" " + text(*n.right) + L")";
 }
 
 // Widening as the balance of two types does it; narrowing to Long only for
@@ -186,32 +139,59 @@ Result double_op(const std::wstring& op, double a, double b)
     return {ZOR_E_UNEXPECTED, {}};  // bitwise and shifts
 }
 
-Result evaluate(const Node& n, const Val* vars)
+Result unary(const std::wstring& op, Val v)
 {
-    if (n.op.empty())
-        return {0, n.var >= 0 ? vars[n.var] : n.literal};
-    Result a = evaluate(*n.left, vars);
-    if (a.code)
-        return a;
-    if (!n.right) {
-        Val v = a.v;
-        if (n.op == L"!")
-            return {0, {EXT_Long, v.type == EXT_Double ? v.d == 0.0 : v.bits == 0, 0}};
-        if (v.type == EXT_Double)
-            return n.op == L"-" ? Result{0, {v.type, 0, -v.d}} : Result{ZOR_E_UNEXPECTED, {}};
-        uint32_t bits = n.op == L"-" ? 0u - v.bits : ~v.bits;
-        return {0, {v.type, v.type == EXT_Char ? bits & 0xFFFF : bits, 0}};
+    if (op == L"!")
+        return {0, {EXT_Long, v.type == EXT_Double ? v.d == 0.0 : v.bits == 0, 0}};
+    if (v.type == EXT_Double)
+        return op == L"-" ? Result{0, {v.type, 0, -v.d}} : Result{ZOR_E_UNEXPECTED, {}};
+    uint32_t bits = op == L"-" ? 0u - v.bits : ~v.bits;
+    return {0, {v.type, v.type == EXT_Char ? bits & 0xFFFF : bits, 0}};
+}
+
+Result binary(const std::wstring& op, Val a, Val b)
+{
+    if (op == L"<<" || op == L">>") {  // the count becomes a Long, the left side stays
+        b = convert(b, EXT_Long);
+        return a.type == EXT_Double ? double_op(op, a.d, 0) : integer_op(op, a.type, a.bits, b.bits);
     }
-    Result b = evaluate(*n.right, vars);
-    if (b.code)
-        return b;
-    uint32_t type = a.v.type > b.v.type ? a.v.type : b.v.type;
-    Val x = convert(a.v, type), y = convert(b.v, type);
-    if (n.op == L"<<" || n.op == L">>")
-        x = a.v, y = convert(b.v, EXT_Long), type = a.v.type;
-    if (type == EXT_Double)
-        return double_op(n.op, x.d, y.d);
-    return integer_op(n.op, type, x.bits, y.bits);
+    uint32_t type = a.type > b.type ? a.type : b.type;
+    a = convert(a, type), b = convert(b, type);
+    return type == EXT_Double ? double_op(op, a.d, b.d) : integer_op(op, type, a.bits, b.bits);
+}
+
+// A random formula's text, and in `out` what the rules say it gives: the
+// first failure in the order the operands run, or the value.
+std::wstring formula(Random& rnd, const Val* vars, bool mixed, int depth, Result* out)
+{
+    uint32_t pick = rnd.below(10);
+    if (depth == 0 || pick < 3) {
+        if (rnd.below(2)) {
+            int v = int(rnd.below(mixed ? 8 : 6));
+            *out = {0, vars[v]};
+            return kVarNames[v];
+        }
+        if (mixed && rnd.below(3) == 0) {
+            *out = {0, {EXT_Double, 0, double(rnd.below(20)) / 4}};
+            return std::to_wstring(out->v.d);  // quarters: exact in six decimals
+        }
+        // Up to 0x7FFF a literal is a Long, up to 0xFFFF a ULong.
+        uint32_t v = rnd.below(3) ? rnd.below(40) : 0x7FF0 + rnd.below(32);
+        *out = {0, {v > 0x7FFF ? uint32_t(EXT_ULong) : uint32_t(EXT_Long), v, 0}};
+        return std::to_wstring(v);
+    }
+    Result a, b;
+    if (pick < 5) {
+        std::wstring op = kUnary[rnd.below(3)];
+        std::wstring text = op + L"(" + formula(rnd, vars, mixed, depth - 1, &a) + L")";
+        *out = a.code ? a : unary(op, a.v);
+        return text;
+    }
+    std::wstring op = kBinary[rnd.below(18)];
+    std::wstring left = formula(rnd, vars, mixed, depth - 1, &a);
+    std::wstring right = formula(rnd, vars, mixed, depth - 1, &b);
+    *out = a.code ? a : b.code ? b : binary(op, a.v, b.v);
+    return L"(" + left + L" " + op + L" " + right + L")";
 }
 
 bool same(const Val& expected, uint32_t type, const void* value)
@@ -244,11 +224,10 @@ void run_random_formulas(uint64_t seed, int count, bool mixed)
             else
                 memcpy(storage[v], &vars[v].bits, kVarTypes[v] == EXT_Char ? 2 : 4);
         }
-        std::unique_ptr<Node> tree = generate(rnd, 1 + int(rnd.below(4)), mixed);
-        std::wstring formula = text(*tree);
-        CAPTURE(formula);
-        Result expected = evaluate(*tree, vars);
-        REQUIRE(e.compile(formula.c_str()) == 0);
+        Result expected;
+        std::wstring text = formula(rnd, vars, mixed, 1 + int(rnd.below(4)), &expected);
+        CAPTURE(text);
+        REQUIRE(e.compile(text.c_str()) == 0);
         ZORStatus status = ExprEvaluate(e, e.first, 0);
         REQUIRE(status == expected.code);
         if (status == 0)

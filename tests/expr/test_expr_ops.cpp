@@ -76,61 +76,32 @@ const int32_t kMin = std::numeric_limits<int32_t>::min();
 
 }
 
-TEST_CASE("integers wrap in their own width and divide toward zero")
+TEST_CASE("integers wrap in their own width, divide toward zero and mask shift counts")
 {
     Sheet e;
     CHECK(e.num(L"7 / 2") == 3);
     CHECK(e.num(L"-7 / 2") == -3);
     CHECK(e.num(L"-7 % 2") == -1);
-    CHECK(e.num(L"7 % -2") == 1);
     CHECK(e.num(L"'A' + 1") == 66);
-    e.l = std::numeric_limits<int32_t>::max();
-    CHECK(e.num(L"l + 1") == kMin);
-    CHECK(e.num(L"l * 2") == -2);
+    CHECK(e.num(L"1 << 33") == 2);
+    CHECK(e.num(L"1 << -1") == kMin);
     // The one quotient that does not fit wraps; the process goes on.
     e.l = kMin;
     CHECK(e.num(L"l / -1") == kMin);
     CHECK(e.num(L"l % -1") == 0);
-    CHECK(e.eval(L"l /= -1") == 0);
-    CHECK(e.l == kMin);
-
-    e.c = 65535, e.c2 = 2;
-    CHECK(e.get<uint16_t>(L"c + c2", EXT_Char) == 1);
-    CHECK(e.get<uint16_t>(L"c / c2", EXT_Char) == 32767);
-    CHECK(e.get<uint16_t>(L"-c2", EXT_Char) == 65534);
-    CHECK(e.get<uint16_t>(L"~c2", EXT_Char) == 65533);
+    CHECK((e.eval(L"l /= -1") == 0 && e.l == kMin));
+    e.c = 65535;
     CHECK(e.get<uint16_t>(L"++c", EXT_Char) == 0);
-    CHECK(e.c == 0);
     CHECK(e.get<uint16_t>(L"c--", EXT_Char) == 0);
     CHECK(e.c == 65535);
-
-    e.u = 0;
-    CHECK(e.get<uint32_t>(L"u - 1", EXT_ULong) == 0xFFFFFFFFu);
-    CHECK(e.num(L"-1 < u") == 0);  // Long and ULong meet as unsigned
-    CHECK(e.num(L"-1 < 1") == 1);
-    e.u = 7;
-    CHECK(e.get<uint32_t>(L"u % 0x10", EXT_ULong) == 7);
-}
-
-TEST_CASE("shift counts take their low five bits; bit fields shift as 64 bits or overflow")
-{
-    Sheet e;
-    CHECK(e.num(L"1 << 33") == 2);
-    CHECK(e.num(L"1 << -1") == kMin);
-    CHECK(e.num(L"-8 >> 1") == -4);
-    e.u = 0x80000000u;
-    CHECK(e.get<uint32_t>(L"u >> 31", EXT_ULong) == 1);
     e.c = 1;
-    CHECK(e.get<uint16_t>(L"c << 15", EXT_Char) == 0x8000);
     CHECK(e.get<uint16_t>(L"c << 16", EXT_Char) == 0);
-    e.c = 0x8000;
-    CHECK(e.get<uint16_t>(L"c >> 15", EXT_Char) == 1);
+    e.u = 0;
+    CHECK(e.num(L"-1 < u") == 0);  // Long and ULong meet as unsigned
 
     e.b = {0, 0x80000001u};
     ExprBitField r = e.get<ExprBitField>(L"b << 1", EXT_BitField);
     CHECK((r.hi == 1 && r.lo == 2));
-    r = e.get<ExprBitField>(L"b << 63", EXT_BitField);
-    CHECK((r.hi == 0x80000000u && r.lo == 0));
     e.b = {0x80000000u, 0};
     r = e.get<ExprBitField>(L"b >> 63", EXT_BitField);
     CHECK((r.hi == 0 && r.lo == 1));
@@ -157,11 +128,7 @@ TEST_CASE("doubles: both zeros divide by zero, NaN passes and compares false, ne
     CHECK(isnan(e.get<double>(L"1.0 / d", EXT_Double)));
     CHECK(e.num(L"d == d") == 0);
     CHECK(e.num(L"d != d") == 1);
-    CHECK(e.num(L"d < 1.0") == 0);
-    CHECK(e.num(L"d >= d") == 0);
     CHECK(e.num(L"!d") == 0);
-    CHECK(e.num(L"d && 1.0") == 1);
-    CHECK(e.num(L"!0.0") == 1);
     CHECK(e.num(L"3 == 1.5") == 0);
     CHECK(e.num(L"1.5 == 3") == 0);
 }
