@@ -36,6 +36,7 @@ private:
 const wchar_t* const kBinary[] = {L"+", L"-", L"*", L"/", L"%", L"<<", L">>", L"&", L"|",
                                   L"^", L"==", L"!=", L"<", L">", L"<=", L">=", L"&&", L"||"};
 const wchar_t* const kUnary[] = {L"-", L"~", L"!"};
+const wchar_t* const kAssign[] = {L"", L"+", L"-", L"*", L"/", L"%", L"<<", L">>", L"&", L"|", L"^"};
 
 // Variables: two of each number type, named by type letter and number.
 const uint32_t kVarTypes[] = {EXT_Char, EXT_Char, EXT_Long, EXT_Long,
@@ -55,19 +56,19 @@ Val random_value(Random& rnd, uint32_t type)
     return {type, type == EXT_Char ? bits & 0xFFFF : bits, 0};
 }
 
-// Widening as the balance of two types does it; narrowing to Long only for
-// shift counts.
+// Any number type into any other, as balancing and forced conversion do.
 Val convert(Val v, uint32_t to)
 {
     if (v.type == to)
         return v;
     if (to == EXT_Double)
         return {to, 0, v.type == EXT_Long ? double(int32_t(v.bits)) : double(v.bits)};
-    if (v.type == EXT_Double) {
-        bool fits = v.d > -2147483649.0 && v.d < 2147483648.0;
-        return {to, fits ? uint32_t(int32_t(v.d)) : 0x80000000u, 0};
-    }
-    return {to, v.bits, 0};
+    uint32_t bits = v.bits;
+    if (v.type == EXT_Double && to == EXT_ULong)
+        bits = v.d >= -9223372036854775808.0 && v.d < 9223372036854775808.0 ? uint32_t(int64_t(v.d)) : 0;
+    else if (v.type == EXT_Double)
+        bits = v.d > -2147483649.0 && v.d < 2147483648.0 ? uint32_t(int32_t(v.d)) : 0x80000000u;
+    return {to, to == EXT_Char ? bits & 0xFFFF : bits, 0};
 }
 
 struct Result {
@@ -226,12 +227,27 @@ void run_random_formulas(uint64_t seed, int count, bool mixed)
         }
         Result expected;
         std::wstring text = formula(rnd, vars, mixed, 1 + int(rnd.below(4)), &expected);
+        int target = rnd.below(3) ? -1 : int(rnd.below(mixed ? 8 : 6));
+        if (target >= 0) {
+            // The right side is forced to the target's type, a shift count to Long.
+            std::wstring op = kAssign[rnd.below(11)];
+            text = std::wstring(kVarNames[target]) + L" " + op + L"= " + text;
+            Val x = vars[target];
+            if (expected.code == 0 && op.empty())
+                expected.v = convert(expected.v, x.type);
+            else if (expected.code == 0 && op == L"%" && x.type == EXT_Double)
+                expected = {ZOR_E_UNEXPECTED, {}};
+            else if (expected.code == 0)
+                expected = binary(op, x, op == L"<<" || op == L">>" ? expected.v : convert(expected.v, x.type));
+        }
         CAPTURE(text);
         REQUIRE(e.compile(text.c_str()) == 0);
         ZORStatus status = ExprEvaluate(e, e.first, 0);
         REQUIRE(status == expected.code);
         if (status == 0)
             REQUIRE(same(expected.v, e.resultType, ExprPopResult(e)));
+        if (status == 0 && target >= 0)
+            REQUIRE(same(expected.v, kVarTypes[target], storage[target]));
     }
 }
 
