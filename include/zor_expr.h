@@ -228,8 +228,8 @@ ZOR_API ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userA
    - An index on a number with no variable behind it ("(a+b)[i]", "5[i]",
      a function's result) has only that value's own slot: index 0 gives the
      value, any other index DISP_E_BADINDEX.
-   - Assigning to one bit of a bit field ("b[3] = 1", "b[3] |= 1") gives
-     E_UNEXPECTED and leaves the field as it was: a bit has no address.
+   - Assigning to one bit of a bit field ("b[3] = 1", "b[3] |= 1", "b[3]++")
+     gives E_UNEXPECTED and leaves the field as it was: a bit has no address.
    - A conversion into the type it starts from is never compiled; run by hand
      it gives E_UNEXPECTED, like a source type the conversion doesn't take. */
 

@@ -37,22 +37,30 @@ ZORStatus truth_operator(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr*
     return value_op<Op>(value_type(x), self->operand.value, x->operand.value, right<Op>(y));
 }
 
-// The index of a bit field gives a Long while the assignment above it still
-// names the whole field as its target; writing the field's 8 bytes through
-// the Long would overrun it, and a single bit has no address.
-ZOR_FORCEINLINE bool is_bit_of_field(const ExprInstr* x, uint32_t type)
+// Constants and temporaries, and nothing else, live in the data arena.
+bool in_data_arena(const ExprContext* expr, const void* slot)
 {
-    return x->opcode == EOP_IDX && x->operand.type != type;
+    const uint8_t* p = static_cast<const uint8_t*>(slot);
+    return expr->dataArena && p >= expr->dataArena && p < expr->dataArena + expr->dataArenaUsed;
+}
+
+// An index is an assignment's target in the arena only when it is a bit of a
+// bit field (an index on a value without a variable is no L-value): the
+// field is the target the compiler recorded, and a single bit has no
+// address, so writing would reach the index's own slot or overrun it.
+ZOR_FORCEINLINE bool is_bit_of_field(const ExprContext* expr, const ExprInstr* x)
+{
+    return x->opcode == EOP_IDX && in_data_arena(expr, x->operand.value);
 }
 
 // The assignment family and the prefix steps write the slot the left operand
 // addresses (a variable, or the element an index aimed at), and aim their own
 // record there so that whatever reads the result reaches that slot.
 template <uint32_t Op>
-ZORStatus assignment(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr* y)
+ZORStatus assignment(ExprContext* expr, ExprInstr* self, ExprInstr* x, ExprInstr* y)
 {
     uint32_t type = self->operand.type;
-    if (ZOR_UNLIKELY(is_bit_of_field(x, type)))
+    if (ZOR_UNLIKELY(is_bit_of_field(expr, x)))
         return ZOR_E_UNEXPECTED;
     void* target = x->operand.value;
     self->operand.value = target;
@@ -61,10 +69,10 @@ ZORStatus assignment(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr* y)
 
 // Postfix steps keep the old value in their own slot and change the target.
 template <uint32_t Op>
-ZORStatus postfix_step(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr*)
+ZORStatus postfix_step(ExprContext* expr, ExprInstr* self, ExprInstr* x, ExprInstr*)
 {
     uint32_t type = self->operand.type;
-    if (ZOR_UNLIKELY(is_bit_of_field(x, type)))
+    if (ZOR_UNLIKELY(is_bit_of_field(expr, x)))
         return ZOR_E_UNEXPECTED;
     return value_op<Op>(type, self->operand.value, x->operand.value, nullptr);
 }
@@ -77,13 +85,6 @@ ZORStatus conversion(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr*)
 ZORStatus not_implemented(ExprContext*, ExprInstr*, ExprInstr*, ExprInstr*)
 {
     return ZOR_E_NOTIMPL;
-}
-
-// Constants and temporaries, and nothing else, live in the data arena.
-bool in_data_arena(const ExprContext* expr, const void* slot)
-{
-    const uint8_t* p = static_cast<const uint8_t*>(slot);
-    return expr->dataArena && p >= expr->dataArena && p < expr->dataArena + expr->dataArenaUsed;
 }
 
 // A number variable is taken as an array of its type and the instruction is

@@ -37,8 +37,6 @@ bool integer_source(uint32_t from, const void* x, uint32_t* bits)
 
 ZORStatus value_convert(uint32_t op, uint32_t from, void* r, const void* x)
 {
-    if (from == EXT_Void || from > EXT_Date)
-        return ZOR_S_OK;
     if (op == EOP_TO_STRING) {
         if (from != EXT_Char)
             return ZOR_E_INVALID_DATA;
@@ -46,6 +44,8 @@ ZORStatus value_convert(uint32_t op, uint32_t from, void* r, const void* x)
                    ? ZOR_S_OK
                    : ZOR_E_OUTOFMEMORY;
     }
+    if (from == EXT_Void || from > EXT_Date)
+        return ZOR_S_OK;
     // A conversion into the type it starts from is never laid down.
     if (converted_type(op) == from)
         return ZOR_E_UNEXPECTED;

@@ -243,7 +243,8 @@ TEST_CASE("indexes: strings and bit fields are bounded, number variables are arr
     CHECK(e.eval(L"b[64]") == ZOR_DISP_E_BADINDEX);
     CHECK(e.eval(L"b[-1]") == ZOR_DISP_E_BADINDEX);
     // A single bit has no address: the assignment fails and the field stays.
-    CHECK(e.eval(L"b[3] = 1") == ZOR_E_UNEXPECTED);
+    for (const wchar_t* text : {L"b[3] = 1", L"b[31] |= 1", L"b[32]++", L"--b[0]"})
+        CHECK(e.eval(text) == ZOR_E_UNEXPECTED);
     CHECK((e.b.hi == 1 && e.b.lo == 0x80000000u));
 
     int32_t la[4] = {10, 20, 30, 40};
