@@ -120,6 +120,10 @@ TEST_CASE("user functions of every result type get their arguments last first")
         }
     }
     CHECK(m->stackDepth == 0);
+    // A converted argument arrives converted, typed as it was written.
+    REQUIRE(m.compile(L"fl(x, 3)") == 0);
+    m.run();
+    CHECK((m.calls.values[1] == 3.0 && m.calls.types[1] == EXT_Long));
     // A function of no result type is not called; its arguments stay below it.
     REQUIRE(m.compile(L"nothing(\"s\")") == 0);
     const int before = m.calls.calls;
