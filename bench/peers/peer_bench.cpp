@@ -1,0 +1,180 @@
+// Native benchmark of the peer formula libraries and of the hand-written
+// floor on the shared suite. Prints one line per library and formula:
+//   library <TAB> formula <TAB> ns per evaluation <TAB> us per compile
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <string>
+
+#include <muParser.h>
+#include <muparserx/mpParser.h>
+
+#include "../suite.h"
+
+namespace {
+using Clock = std::chrono::steady_clock;
+
+constexpr long kEvaluations = 2000000;
+constexpr int kCompiles = 2000;
+
+double seconds_since(Clock::time_point start)
+{
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+volatile double g_sink;
+
+void report(const char* library, const char* formula, double nsPerEval, double usPerCompile)
+{
+    std::printf("%s\t%s\t%.3f\t%.3f\n", library, formula, nsPerEval, usPerCompile);
+}
+
+void bench_floor(const BenchFormula& f)
+{
+    BenchVars v{};
+    double sum = 0;
+    auto start = Clock::now();
+    for (long k = 0; k < kEvaluations; ++k) {
+        bench_vary(v, k);
+        sum += f.floor(v);
+    }
+    g_sink = sum;
+    report("floor", f.name, seconds_since(start) * 1e9 / kEvaluations, 0);
+}
+
+// muParser binds doubles by address.
+struct MuVars {
+    double a, b, c, d, e, i, j;
+    void load(const BenchVars& v) { a = v.a; b = v.b; c = v.c; d = v.d; e = v.e; i = double(v.i); j = double(v.j); }
+};
+
+void define_mu(mu::Parser& p, MuVars& m)
+{
+    p.DefineVar("a", &m.a); p.DefineVar("b", &m.b); p.DefineVar("c", &m.c);
+    p.DefineVar("d", &m.d); p.DefineVar("e", &m.e); p.DefineVar("i", &m.i); p.DefineVar("j", &m.j);
+    p.DefineFun("hyp", bench_hyp);
+    p.DefineFun("half", bench_half);
+}
+
+void bench_muparser(const BenchFormula& f)
+{
+    MuVars m{};
+    auto start = Clock::now();
+    for (int n = 0; n < kCompiles; ++n) {
+        mu::Parser p;
+        define_mu(p, m);
+        p.SetExpr(f.peer);
+        g_sink = p.Eval();  // muParser compiles lazily, on the first evaluation
+    }
+    double usPerCompile = seconds_since(start) * 1e6 / kCompiles;
+
+    mu::Parser p;
+    define_mu(p, m);
+    p.SetExpr(f.peer);
+    BenchVars v{};
+    double sum = 0;
+    start = Clock::now();
+    for (long k = 0; k < kEvaluations; ++k) {
+        bench_vary(v, k);
+        m.load(v);
+        sum += p.Eval();
+    }
+    g_sink = sum;
+    report("muparser", f.name, seconds_since(start) * 1e9 / kEvaluations, usPerCompile);
+}
+
+// muParserX binds its own value objects.
+class Hyp : public mup::ICallback {
+public:
+    Hyp() : mup::ICallback(mup::cmFUNC, "hyp", 2) {}
+    void Eval(mup::ptr_val_type& ret, const mup::ptr_val_type* a, int) override
+    {
+        *ret = bench_hyp(a[0]->GetFloat(), a[1]->GetFloat());
+    }
+    const mup::char_type* GetDesc() const override { return "hyp"; }
+    mup::IToken* Clone() const override { return new Hyp(*this); }
+};
+
+class Half : public mup::ICallback {
+public:
+    Half() : mup::ICallback(mup::cmFUNC, "half", 1) {}
+    void Eval(mup::ptr_val_type& ret, const mup::ptr_val_type* a, int) override
+    {
+        *ret = bench_half(a[0]->GetFloat());
+    }
+    const mup::char_type* GetDesc() const override { return "half"; }
+    mup::IToken* Clone() const override { return new Half(*this); }
+};
+
+struct MuxVars {
+    mup::Value a{0.0}, b{0.0}, c{0.0}, d{0.0}, e{0.0}, i{0.0}, j{0.0};
+    void load(const BenchVars& v)
+    {
+        a = v.a; b = v.b; c = v.c; d = v.d; e = v.e; i = double(v.i); j = double(v.j);
+    }
+};
+
+void define_mux(mup::ParserX& p, MuxVars& m)
+{
+    p.ClearConst();  // its built-in constant e would hide the variable e
+    p.DefineVar("a", mup::Variable(&m.a)); p.DefineVar("b", mup::Variable(&m.b));
+    p.DefineVar("c", mup::Variable(&m.c)); p.DefineVar("d", mup::Variable(&m.d));
+    p.DefineVar("e", mup::Variable(&m.e)); p.DefineVar("i", mup::Variable(&m.i));
+    p.DefineVar("j", mup::Variable(&m.j));
+    p.DefineFun(new Hyp);
+    p.DefineFun(new Half);
+}
+
+void bench_muparserx(const BenchFormula& f)
+{
+    MuxVars m;
+    auto start = Clock::now();
+    for (int n = 0; n < kCompiles / 10; ++n) {
+        mup::ParserX p(mup::pckCOMMON | mup::pckNON_COMPLEX);
+        define_mux(p, m);
+        p.SetExpr(f.peer);
+        g_sink = p.Eval().GetFloat();
+    }
+    double usPerCompile = seconds_since(start) * 1e6 / (kCompiles / 10);
+
+    mup::ParserX p(mup::pckCOMMON | mup::pckNON_COMPLEX);
+    define_mux(p, m);
+    p.SetExpr(f.peer);
+    BenchVars v{};
+    double sum = 0;
+    long evaluations = kEvaluations / 10;
+    start = Clock::now();
+    for (long k = 0; k < evaluations; ++k) {
+        bench_vary(v, k);
+        m.load(v);
+        sum += p.Eval().GetFloat();
+    }
+    g_sink = sum;
+    report("muparserx", f.name, seconds_since(start) * 1e9 / evaluations, usPerCompile);
+}
+}
+
+int main(int argc, char** argv)
+{
+    const char* only = argc > 1 ? argv[1] : nullptr;  // floor, muparser or muparserx
+    for (const BenchFormula& f : kBenchSuite) {
+        if (!f.peer)
+            continue;
+        if (!only || !std::strcmp(only, "floor"))
+            bench_floor(f);
+        try {
+            if (!only || !std::strcmp(only, "muparser"))
+                bench_muparser(f);
+        } catch (const mu::Parser::exception_type& e) {
+            std::fprintf(stderr, "muparser: %s: %s\n", f.name, e.GetMsg().c_str());
+        }
+        try {
+            if (!only || !std::strcmp(only, "muparserx"))
+                bench_muparserx(f);
+        } catch (const mup::ParserError& e) {
+            std::fprintf(stderr, "muparserx: %s: %s\n", f.name, e.GetMsg().c_str());
+        }
+    }
+    return 0;
+}
