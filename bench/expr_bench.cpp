@@ -28,17 +28,19 @@ double now_seconds()
     return double(t.QuadPart) / double(frequency.QuadPart);
 }
 
-double hyp(ExprContext* expr, intptr_t)
+double pop_double(ExprContext* expr)
 {
-    double y = *static_cast<double*>(ExprPopArgument(expr, nullptr));
-    double x = *static_cast<double*>(ExprPopArgument(expr, nullptr));
-    return bench_hyp(x, y);
+    uint32_t type;
+    return *static_cast<double*>(ExprPopArgument(expr, &type));
 }
 
-double half(ExprContext* expr, intptr_t)
+double hyp(ExprContext* expr, intptr_t)
 {
-    return bench_half(*static_cast<double*>(ExprPopArgument(expr, nullptr)));
+    double y = pop_double(expr);
+    return bench_hyp(pop_double(expr), y);
 }
+
+double half(ExprContext* expr, intptr_t) { return bench_half(pop_double(expr)); }
 
 // Every name the suite uses, bound to storage that the loop rewrites.
 struct Sheet {
@@ -50,7 +52,7 @@ struct Sheet {
 
     Sheet()
     {
-        ExprInit(&expr, 64, 256, 0, 0, nullptr, 0, nullptr, nullptr, nullptr, nullptr, nullptr);
+        ExprInit(&expr, 64, 256, 0, 0, nullptr, 1, nullptr, nullptr, nullptr, nullptr, nullptr);
         ExprDefineVar(&expr, &v.a, L"a", EXT_Double);
         ExprDefineVar(&expr, &v.b, L"b", EXT_Double);
         ExprDefineVar(&expr, &v.c, L"c", EXT_Double);
