@@ -1,0 +1,32 @@
+// UTF-8 on both sides of the workbench: sheets and standard input are read
+// as UTF-8 lines, and everything it prints goes out as UTF-8, whatever the
+// console's code page is.
+#pragma once
+
+#include <string>
+
+#include <windows.h>
+
+void write_out(const std::wstring& text);
+void write_err(const std::wstring& text);
+
+// Reads lines from a file or pipe as they arrive, so that a piped session
+// answers each line before the next one is typed.
+class LineReader {
+public:
+    explicit LineReader(HANDLE handle) : handle_(handle) {}
+
+    // False at the end of the input. `badEncoding` tells that the line was
+    // not valid UTF-8; `text` then holds what could be made of it.
+    bool next(std::wstring& text, bool& badEncoding);
+
+private:
+    bool fill();
+    bool read_console(std::string& bytes);
+
+    HANDLE handle_;
+    std::string pending_;
+    size_t used_ = 0;
+    bool ended_ = false;
+    bool first_ = true;
+};
