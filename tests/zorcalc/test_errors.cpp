@@ -99,6 +99,16 @@ TEST_CASE("names are defined once, and a comment may not swallow the next line")
     CHECK(run.out == "2 (EXT_Long)\n");
 }
 
+TEST_CASE("an index that would reach past a variable is refused")
+{
+    Outcome run = run_zorcalc({L"-"}, "var long n = 7\nn[100000000] = 5\nvar bitfield b = 5\nb[2] + n[0]\nn\n");
+    CHECK(has(run, report(L"<stdin>", "2:1: only strings and bit fields can be indexed: a variable of the sheet holds one value",
+                          "n[100000000] = 5", "^~~~~~~~~~~~~~~~")));
+    CHECK(has(run, "<stdin>:4:1: only strings"));
+    CHECK(run.out == "7 (EXT_Long)\n");
+    CHECK(run.status == 1);
+}
+
 TEST_CASE("unreadable input gives a clear message and status")
 {
     SUBCASE("a missing sheet")

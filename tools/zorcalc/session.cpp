@@ -101,6 +101,22 @@ void Session::disarm(uint32_t start)
         static_cast<ExprInstr*>(DAGetElem(expr_.code, int32_t(start)))->opcode = EOP_END;
 }
 
+// The engine takes an indexed number variable as an array that the caller
+// made large enough. A sheet's variable holds one value, so such an index
+// would reach past it.
+bool Session::indexes_variable(uint32_t start) const
+{
+    uint32_t size = uint32_t(DAGetSize(expr_.code));
+    for (uint32_t index = start; index < size; ++index) {
+        const ExprInstr& instr = *static_cast<const ExprInstr*>(DAGetElem(expr_.code, int32_t(index)));
+        if (instr.opcode == EOP_END)
+            return false;
+        if (instr.opcode == EOP_IDX && names_.count(instr.operand.value))
+            return true;
+    }
+    return false;
+}
+
 bool Session::compile(const SourceLine& at, const SheetItem& item, uint32_t wantedType, Compiled& out)
 {
     out = Compiled{at, item, uint32_t(DAGetSize(expr_.code)), 0};
@@ -128,6 +144,12 @@ bool Session::compile(const SourceLine& at, const SheetItem& item, uint32_t want
         return false;
     }
     out.start = first;
+    if (indexes_variable(out.start)) {
+        disarm(out.start);
+        diagnostics_.report(at, item.start, item.text.size(),
+                            L"only strings and bit fields can be indexed: a variable of the sheet holds one value");
+        return false;
+    }
     if (listing_ && out.start != EXPR_EMPTY)
         write_out(*at.file + L":" + std::to_wstring(at.number) + L": " + item.text + L"\n" +
                   disassemble(&expr_, out.start, names_, datePicture_));

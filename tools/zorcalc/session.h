@@ -72,6 +72,7 @@ private:
     void print(const SourceLine& at, const SheetLine& line, bool immediate);
 
     void disarm(uint32_t start);
+    bool indexes_variable(uint32_t start) const;
     bool compile(const SourceLine& at, const SheetItem& item, uint32_t wantedType, Compiled& out);
     ZORStatus evaluate(const Compiled& what, const void*& value);
     void report_run_error(const Compiled& what, ZORStatus status, const wchar_t* kind);
