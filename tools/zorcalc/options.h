@@ -1,6 +1,8 @@
 // The command line of the workbench.
 #pragma once
 
+#include <stdint.h>
+
 #include <string>
 #include <vector>
 
