@@ -23,10 +23,7 @@ inline long day_number(long year, long month, long day)
     return 365 * year + year / 4 - year / 100 + year / 400 + (153 * (month - 3) + 2) / 5 + day - 1;
 }
 
-inline long day_number(const TDDate& date)
-{
-    return day_number(date.year, date.month, date.day);
-}
+inline long day_number(const TDDate& d) { return day_number(d.year, d.month, d.day); }
 
 // The inverse of day_number, by search, so that it shares no formula with it.
 inline TDDate date_of(long number)
@@ -46,22 +43,18 @@ inline int weekday(long number)
 }
 
 // A deterministic generator, so that every run checks the same dates.
-class Random {
-public:
-    explicit Random(uint32_t seed) : m_state(seed) {}
+struct Random {
+    uint32_t state;
     uint32_t below(uint32_t bound)
     {
-        m_state = m_state * 1664525u + 1013904223u;
-        return (m_state >> 8) % bound;
+        state = state * 1664525u + 1013904223u;
+        return (state >> 8) % bound;
     }
     uint16_t field(uint32_t bound) { return uint16_t(below(bound)); }
     TDDate date(long first, long last)
     {
         return date_of(first + long(below(uint32_t(last - first))));
     }
-
-private:
-    uint32_t m_state;
 };
 
 }
