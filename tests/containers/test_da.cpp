@@ -27,27 +27,20 @@ TEST_CASE("the array grows in steps of its creation count and hands out slots up
 {
     NoLeak leak;
     DA* da = filled(10, 5);
+    int32_t v = 7, ten = 10;
     CHECK(*static_cast<int32_t*>(DAGetElem(da, 7)) == 0);  // behind the count: zeroed
-    CHECK(DAGetElem(da, 10) == nullptr);
-    CHECK(DAGetElem(da, -1) == nullptr);
+    CHECK((DAGetElem(da, 10) == nullptr && DAGetElem(da, -1) == nullptr));
     for (int32_t i = 5; i < 10; ++i)
         DAAddElem(da, &i);
     CHECK(da->capacity == 10);
-    int32_t ten = 10;
-    CHECK(*static_cast<int32_t*>(DAAddElem(da, &ten)) == 10);
-    CHECK(da->capacity == 20);
-    CHECK(DAGetElem(da, 19) != nullptr);
-    CHECK(DAGetElem(da, 20) == nullptr);
-    int32_t v = 7;
-    CHECK(DASetElem(da, -1, &v) == nullptr);
-    CHECK(DAInsertElem(da, -1, &v) == nullptr);
+    CHECK((*static_cast<int32_t*>(DAAddElem(da, &ten)) == 10 && da->capacity == 20));
+    CHECK((DAGetElem(da, 19) != nullptr && DAGetElem(da, 20) == nullptr));
+    CHECK((DASetElem(da, -1, &v) == nullptr && DAInsertElem(da, -1, &v) == nullptr));
     DASetElem(da, 35, &v);  // far behind the end: whole steps, count follows
-    CHECK(da->capacity == 40);
-    CHECK(DAGetSize(da) == 36);
+    CHECK((da->capacity == 40 && DAGetSize(da) == 36));
     DADeleteLast(da);
     CHECK(DAGetSize(da) == 35);
     DADestroy(da);
-
     DA* empty = DACreate(4, 1);
     DADeleteLast(empty);
     CHECK(DAGetSize(empty) == 0);
@@ -85,8 +78,7 @@ TEST_CASE("insertion shifts the tail, sets at or behind the end, and grows one s
 TEST_CASE("a refused allocation leaves the array as it was")
 {
     NoLeak leak;
-    CHECK(DACreate(0, 10) == nullptr);
-    CHECK(DACreate(4, 0) == nullptr);
+    CHECK((DACreate(0, 10) == nullptr && DACreate(4, 0) == nullptr));
     CHECK(fail_each_allocation([](bool) {
               if (DA* da = DACreate(8, 2))
                   DADestroy(da);
@@ -98,12 +90,10 @@ TEST_CASE("a refused allocation leaves the array as it was")
     {
         AllAllocationsFail fail;
         CHECK(DAAddElem(da, &v) == nullptr);
-        CHECK(DASetElem(da, 9, &v) == nullptr);
-        CHECK(DAInsertElem(da, 0, &v) == nullptr);
+        CHECK((DASetElem(da, 9, &v) == nullptr && DAInsertElem(da, 0, &v) == nullptr));
     }
     CHECK(DASetElem(da, 1 << 29, &v) == nullptr);  // 2^31 bytes and more
-    CHECK(da->data == block);
-    CHECK(da->capacity == 4);
+    CHECK((da->data == block && da->capacity == 4));
     CHECK(contents(da) == std::vector<int32_t>{0, 1, 2, 3});
     DADestroy(da);
 }
