@@ -5,16 +5,12 @@
 #include "expr_ops_values.h"
 #include "../frame/zor_platform.h"
 
+#include <array>
+#include <utility>
+
 using namespace zor_expr;
 
 namespace {
-
-// The type of the value an operand instruction left in its slot: a
-// conversion's record names the type it converted from.
-ZOR_FORCEINLINE uint32_t value_type(const ExprInstr* x)
-{
-    return is_conversion(x->opcode) ? converted_type(x->opcode) : x->operand.type;
-}
 
 // The right operand's slot, for the opcodes that have one.
 template <uint32_t Op>
@@ -23,18 +19,12 @@ ZOR_FORCEINLINE const void* right(const ExprInstr* y)
     return kExprOpArity[Op] == 2 ? y->operand.value : nullptr;
 }
 
-template <uint32_t Op>
+// Value operators, comparisons and logicals: the run loop has chosen the
+// type (a comparison's by what it compares).
+template <uint32_t Op, uint32_t Type>
 ZORStatus value_operator(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr* y)
 {
-    return value_op<Op>(self->operand.type, self->operand.value, x->operand.value, right<Op>(y));
-}
-
-// Comparisons and the logical operators carry EXT_Long as their own type and
-// go by the type of what they compare.
-template <uint32_t Op>
-ZORStatus truth_operator(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr* y)
-{
-    return value_op<Op>(value_type(x), self->operand.value, x->operand.value, right<Op>(y));
+    return value_op<Op, Type>(self->operand.value, x->operand.value, right<Op>(y));
 }
 
 // Constants and temporaries, and nothing else, live in the data arena.
@@ -56,30 +46,39 @@ ZOR_FORCEINLINE bool is_bit_of_field(const ExprContext* expr, const ExprInstr* x
 // The assignment family and the prefix steps write the slot the left operand
 // addresses (a variable, or the element an index aimed at), and aim their own
 // record there so that whatever reads the result reaches that slot.
-template <uint32_t Op>
+template <uint32_t Op, uint32_t Type>
 ZORStatus assignment(ExprContext* expr, ExprInstr* self, ExprInstr* x, ExprInstr* y)
 {
-    uint32_t type = self->operand.type;
     if (ZOR_UNLIKELY(is_bit_of_field(expr, x)))
         return ZOR_E_UNEXPECTED;
     void* target = x->operand.value;
     self->operand.value = target;
-    return value_op<Op>(type, nullptr, target, right<Op>(y));
+    return value_op<Op, Type>(nullptr, target, right<Op>(y));
 }
 
 // Postfix steps keep the old value in their own slot and change the target.
-template <uint32_t Op>
+template <uint32_t Op, uint32_t Type>
 ZORStatus postfix_step(ExprContext* expr, ExprInstr* self, ExprInstr* x, ExprInstr*)
 {
-    uint32_t type = self->operand.type;
     if (ZOR_UNLIKELY(is_bit_of_field(expr, x)))
         return ZOR_E_UNEXPECTED;
-    return value_op<Op>(type, self->operand.value, x->operand.value, nullptr);
+    return value_op<Op, Type>(self->operand.value, x->operand.value, nullptr);
 }
 
+// `From` is the record's own type, the source.
+template <uint32_t Op, uint32_t From>
 ZORStatus conversion(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr*)
 {
-    return value_convert(self->opcode, self->operand.type, self->operand.value, x->operand.value);
+    constexpr uint32_t kTo = Op == EOP_TO_CHAR ? EXT_Char
+                           : Op == EOP_TO_LONG ? EXT_Long
+                           : Op == EOP_TO_ULONG ? EXT_ULong
+                           : Op == EOP_TO_DOUBLE ? EXT_Double
+                           : EXT_Void;
+    if constexpr (kIsNumber<kTo> && kIsNumber<From>)
+        return convert_number<typename Number<kTo>::type, typename Number<From>::type>(
+            self->operand.value, x->operand.value);
+    else
+        return value_convert(Op, From, self->operand.value, x->operand.value);
 }
 
 ZORStatus not_implemented(ExprContext*, ExprInstr*, ExprInstr*, ExprInstr*)
@@ -104,7 +103,7 @@ ZORStatus index_element(ExprContext* expr, ExprInstr* self, ExprInstr* x, int32_
 ZORStatus index_operator(ExprContext* expr, ExprInstr* self, ExprInstr* x, ExprInstr* y)
 {
     int32_t index = *static_cast<const int32_t*>(y->operand.value);
-    switch (value_type(x)) {
+    switch (expr_value_type(x)) {
     case EXT_Char: return index_element(expr, self, x, index, sizeof(uint16_t));
     case EXT_Long:
     case EXT_ULong: return index_element(expr, self, x, index, sizeof(uint32_t));
@@ -129,29 +128,36 @@ ZORStatus index_operator(ExprContext* expr, ExprInstr* self, ExprInstr* x, ExprI
     }
 }
 
+template <uint32_t Op, uint32_t Type>
+constexpr ExprOpHandler handler()
+{
+    if constexpr (Op <= EOP_ORASS || Op == EOP_PREINC || Op == EOP_PREDEC)
+        return Op == EOP_END || Op == EOP_NOP ? not_implemented : assignment<Op, Type>;
+    else if constexpr (Op == EOP_POSTINC || Op == EOP_POSTDEC)
+        return postfix_step<Op, Type>;
+    else if constexpr (Op == EOP_IDX)
+        return index_operator;
+    else if constexpr (Op >= EOP_TO_CHAR)
+        return conversion<Op, Type>;
+    else if constexpr (Op == EOP_DRF || Op == EOP_ADR || Op >= EOP_PAR)
+        return not_implemented;  // EOP_PAR is the run loop's
+    else
+        return value_operator<Op, Type>;
 }
 
-const ExprOpHandler kExprOpHandlers[EOP_TO_STRING + 1] = {
-    not_implemented,  // EOP_END: the run loop's
-    not_implemented,  // EOP_NOP: the run loop's
-    assignment<EOP_ASS>, assignment<EOP_MULASS>, assignment<EOP_DIVASS>,
-    assignment<EOP_MODASS>, assignment<EOP_ADDASS>, assignment<EOP_SUBASS>,
-    assignment<EOP_SHLASS>, assignment<EOP_SHRASS>, assignment<EOP_ANDASS>,
-    assignment<EOP_XORASS>, assignment<EOP_ORASS>,
-    truth_operator<EOP_LOR>, truth_operator<EOP_LAND>,
-    value_operator<EOP_OR>, value_operator<EOP_XOR>, value_operator<EOP_AND>,
-    truth_operator<EOP_EQU>, truth_operator<EOP_NEQ>, truth_operator<EOP_LT>,
-    truth_operator<EOP_GT>, truth_operator<EOP_LEQ>, truth_operator<EOP_GEQ>,
-    value_operator<EOP_SHL>, value_operator<EOP_SHR>, value_operator<EOP_ADD>,
-    value_operator<EOP_SUB>, value_operator<EOP_MUL>, value_operator<EOP_DIV>,
-    value_operator<EOP_MOD>,
-    assignment<EOP_PREINC>, assignment<EOP_PREDEC>,
-    value_operator<EOP_POS>, value_operator<EOP_NEG>, truth_operator<EOP_LNOT>,
-    value_operator<EOP_NOT>,
-    not_implemented, not_implemented,  // DRF, ADR
-    postfix_step<EOP_POSTINC>, postfix_step<EOP_POSTDEC>,
-    index_operator,
-    not_implemented,  // EOP_PAR: the run loop's
-    not_implemented, not_implemented,  // DFA, IFA
-    conversion, conversion, conversion, conversion, conversion, conversion,
-};
+template <uint32_t Op, size_t... Type>
+constexpr ExprOpHandlerRow row(std::index_sequence<Type...>)
+{
+    return {{handler<Op, uint32_t(Type)>()...}};
+}
+
+template <size_t... Op>
+constexpr std::array<ExprOpHandlerRow, sizeof...(Op)> table(std::index_sequence<Op...>)
+{
+    return {{row<uint32_t(Op)>(std::make_index_sequence<kExprDispatchTypes>())...}};
+}
+
+}
+
+const std::array<ExprOpHandlerRow, EOP_TO_STRING + 1> kExprOpHandlers =
+    table(std::make_index_sequence<EOP_TO_STRING + 1>());

@@ -5,6 +5,8 @@
 // instruction's own slot.
 #pragma once
 
+#include <array>
+
 #include "zor_expr.h"
 
 // One operator or conversion. `self` is the executing instruction (its
@@ -15,9 +17,46 @@
 // the code that ends the run. Must not touch the value stack.
 typedef ZORStatus (*ExprOpHandler)(ExprContext* expr, ExprInstr* self, ExprInstr* x, ExprInstr* y);
 
-// Indexed by opcode, EOP_END to EOP_TO_STRING. The entries of EOP_END,
-// EOP_NOP and EOP_PAR are never called (the run loop does those itself).
-extern const ExprOpHandler kExprOpHandlers[EOP_TO_STRING + 1];
+// Handlers are made per opcode and per type, EXT_Void to EXT_Date, so that a
+// run dispatches once and no handler switches on the type again.
+constexpr uint32_t kExprDispatchTypes = EXT_Date + 1;
+typedef std::array<ExprOpHandler, kExprDispatchTypes> ExprOpHandlerRow;
+
+// Indexed by opcode, EOP_END to EOP_TO_STRING, then by expr_dispatch_type.
+// The entries of EOP_END, EOP_NOP and EOP_PAR are never called (the run loop
+// does those itself).
+extern const std::array<ExprOpHandlerRow, EOP_TO_STRING + 1> kExprOpHandlers;
+
+// The type of the value an operand instruction left in its slot: a
+// conversion's record names the type it converted from.
+inline uint32_t expr_value_type(const ExprInstr* x)
+{
+    static constexpr uint32_t kConverted[] = {EXT_Char, EXT_Long, EXT_ULong,
+                                              EXT_BitField, EXT_Double, EXT_String};
+    const uint32_t conversion = x->opcode - EOP_TO_CHAR;
+    return conversion < sizeof kConverted / sizeof kConverted[0] ? kConverted[conversion]
+                                                                  : x->operand.type;
+}
+
+// Comparisons and the logical operators carry EXT_Long as their own type and
+// go by the type of what they compare.
+inline constexpr bool kExprByOperandType[EOP_TO_STRING + 1] = {
+    false, false,
+    false, false, false, false, false, false, false, false, false, false, false,  // ASS .. ORASS
+    true, true,                                                                    // LOR, LAND
+    false, false, false,                                                           // OR, XOR, AND
+    true, true, true, true, true, true,                                            // EQU .. GEQ
+    false, false, false, false, false, false, false,                               // SHL .. MOD
+    false, false, false, false, true,                                              // .. LNOT
+};
+
+// The column of kExprOpHandlers for an operator with its operand popped.
+// Types above EXT_Date do nothing, as EXT_Void does.
+inline uint32_t expr_dispatch_type(uint32_t op, const ExprInstr* self, const ExprInstr* x)
+{
+    const uint32_t type = kExprByOperandType[op] ? expr_value_type(x) : self->operand.type;
+    return type <= EXT_Date ? type : uint32_t(EXT_Void);
+}
 
 // How many operands each opcode pops before its handler runs: 2 for the
 // assignment family, the binary operators and EOP_IDX; 1 for the prefix and

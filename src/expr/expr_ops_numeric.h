@@ -138,6 +138,39 @@ ZOR_FORCEINLINE ZORStatus compute(Kind kind, T x, const void* yp, T* out)
     return ZOR_S_OK;
 }
 
+// A double outside the target's range gives the processor's "integer
+// indefinite" pattern, as the truncating instructions do, computed here
+// without undefined behaviour.
+ZOR_FORCEINLINE int64_t cut_to_int64(double d)
+{
+    if (d >= -9223372036854775808.0 && d < 9223372036854775808.0)
+        return int64_t(d);
+    return INT64_MIN;
+}
+
+ZOR_FORCEINLINE int32_t cut_to_int32(double d)
+{
+    if (d > -2147483649.0 && d < 2147483648.0)
+        return int32_t(d);
+    return INT32_MIN;
+}
+
+// No conversion tests for range. Integers pass as their 32 bits (a Char
+// zero-extends, a Char target keeps the low 16); a double is cut toward zero,
+// through 64 bits for a ULong so that 3000000000.0 survives.
+template <class To, class From>
+ZOR_FORCEINLINE To converted(From v)
+{
+    if constexpr (kFloat<To>)
+        return To(v);
+    else if constexpr (!kFloat<From>)
+        return To(uint32_t(v));
+    else if constexpr (std::is_same<To, uint32_t>::value)
+        return uint32_t(uint64_t(cut_to_int64(v)));
+    else
+        return To(cut_to_int32(v));
+}
+
 template <class T>
 ZOR_FORCEINLINE int32_t compared(uint32_t op, T x, T y)
 {
@@ -151,6 +184,18 @@ ZOR_FORCEINLINE int32_t compared(uint32_t op, T x, T y)
     }
 }
 
+}
+
+// A conversion into the type it starts from is never laid down.
+template <class To, class From>
+ZOR_FORCEINLINE ZORStatus convert_number(void* r, const void* x)
+{
+    if constexpr (std::is_same<To, From>::value) {
+        return ZOR_E_UNEXPECTED;
+    } else {
+        *static_cast<To*>(r) = numeric::converted<To>(*static_cast<const From*>(x));
+        return ZOR_S_OK;
+    }
 }
 
 template <class T>

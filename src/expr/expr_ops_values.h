@@ -5,6 +5,8 @@
 
 #include <stdint.h>
 
+#include <type_traits>
+
 #include "expr_ops_numeric.h"
 #include "zor_expr.h"
 #include "zor_status.h"
@@ -22,40 +24,37 @@ ZORStatus date_op(uint32_t op, void* r, void* x, const void* y);
 //   POS, NEG, LNOT, NOT: r = op x;
 //   PREINC, PREDEC: x changes, r unused; POSTINC, POSTDEC: r = old x.
 // Shift counts arrive as int32_t whatever the type of x.
-// `type` is the type the operator works by; EXT_Void and types above
-// EXT_Date do nothing and succeed.
-template <uint32_t Op>
-ZOR_FORCEINLINE ZORStatus value_op(uint32_t type, void* r, void* x, const void* y)
+// `Type` is the type the operator works by, fixed per handler so that no
+// run-time switch on it is left; EXT_Void does nothing and succeeds.
+template <uint32_t Type>
+struct Number {
+    using type = void;
+};
+template <> struct Number<EXT_Char> { using type = uint16_t; };
+template <> struct Number<EXT_Long> { using type = int32_t; };
+template <> struct Number<EXT_ULong> { using type = uint32_t; };
+template <> struct Number<EXT_Double> { using type = double; };
+
+template <uint32_t Type>
+constexpr bool kIsNumber = !std::is_void<typename Number<Type>::type>::value;
+
+template <uint32_t Op, uint32_t Type>
+ZOR_FORCEINLINE ZORStatus value_op(void* r, void* x, const void* y)
 {
-    switch (type) {
-    case EXT_Char: return numeric_op<uint16_t>(Op, r, x, y);
-    case EXT_Long: return numeric_op<int32_t>(Op, r, x, y);
-    case EXT_ULong: return numeric_op<uint32_t>(Op, r, x, y);
-    case EXT_Double: return numeric_op<double>(Op, r, x, y);
-    case EXT_BitField: return bitfield_op(Op, r, x, y);
-    case EXT_String: return string_op(Op, r, x, y);
-    case EXT_Date: return date_op(Op, r, x, y);
-    default: return ZOR_S_OK;
-    }
+    if constexpr (kIsNumber<Type>)
+        return numeric_op<typename Number<Type>::type>(Op, r, x, y);
+    else if constexpr (Type == EXT_BitField)
+        return bitfield_op(Op, r, x, y);
+    else if constexpr (Type == EXT_String)
+        return string_op(Op, r, x, y);
+    else if constexpr (Type == EXT_Date)
+        return date_op(Op, r, x, y);
+    else
+        return ZOR_S_OK;
 }
 
 // r of the conversion's target type from x of type `from`.
 ZORStatus value_convert(uint32_t op, uint32_t from, void* r, const void* x);
-
-// The type a conversion instruction leaves in its slot.
-inline uint32_t converted_type(uint32_t op)
-{
-    switch (op) {
-    case EOP_TO_CHAR: return EXT_Char;
-    case EOP_TO_LONG: return EXT_Long;
-    case EOP_TO_ULONG: return EXT_ULong;
-    case EOP_TO_BITFIELD: return EXT_BitField;
-    case EOP_TO_DOUBLE: return EXT_Double;
-    default: return EXT_String;
-    }
-}
-
-inline bool is_conversion(uint32_t op) { return op >= EOP_TO_CHAR && op <= EOP_TO_STRING; }
 
 // Comparisons turn TSCmp and TDCmp's -1, 0, 1 into the answer.
 inline int32_t order_matches(uint32_t op, int order)
