@@ -132,7 +132,7 @@ ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
             }
             ExprInstr* const y = arity == 2 ? code + stack[--depth] : nullptr;
             ExprInstr* const x = code + stack[--depth];
-            status = kExprOpHandlers[opcode][expr_dispatch_type(opcode, instr, x)](expr, instr, x, y);
+            status = kExprOpHandlers[opcode][expr_dispatch_type(instr)](expr, instr, x, y);
             if (status != ZOR_S_OK)
                 break;
         } else if (opcode == EOP_END) {

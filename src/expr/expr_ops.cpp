@@ -19,12 +19,31 @@ ZOR_FORCEINLINE const void* right(const ExprInstr* y)
     return kExprOpArity[Op] == 2 ? y->operand.value : nullptr;
 }
 
-// Value operators, comparisons and logicals: the run loop has chosen the
-// type (a comparison's by what it compares).
+// Value operators: the run loop has chosen the type from the record.
 template <uint32_t Op, uint32_t Type>
 ZORStatus value_operator(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr* y)
 {
     return value_op<Op, Type>(self->operand.value, x->operand.value, right<Op>(y));
+}
+
+// Comparisons and the logical operators carry EXT_Long as their own type and
+// go by the type of what they compare, known only once the operand is popped.
+template <uint32_t Op>
+ZORStatus truth_operator(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr* y)
+{
+    void* const r = self->operand.value;
+    void* const left = x->operand.value;
+    const void* const right_value = right<Op>(y);
+    switch (expr_value_type(x)) {
+    case EXT_Char: return value_op<Op, EXT_Char>(r, left, right_value);
+    case EXT_Long: return value_op<Op, EXT_Long>(r, left, right_value);
+    case EXT_ULong: return value_op<Op, EXT_ULong>(r, left, right_value);
+    case EXT_Double: return value_op<Op, EXT_Double>(r, left, right_value);
+    case EXT_BitField: return value_op<Op, EXT_BitField>(r, left, right_value);
+    case EXT_String: return value_op<Op, EXT_String>(r, left, right_value);
+    case EXT_Date: return value_op<Op, EXT_Date>(r, left, right_value);
+    default: return ZOR_S_OK;
+    }
 }
 
 // Constants and temporaries, and nothing else, live in the data arena.
@@ -141,6 +160,9 @@ constexpr ExprOpHandler handler()
         return conversion<Op, Type>;
     else if constexpr (Op == EOP_DRF || Op == EOP_ADR || Op >= EOP_PAR)
         return not_implemented;  // EOP_PAR is the run loop's
+    else if constexpr (Op == EOP_LOR || Op == EOP_LAND || Op == EOP_LNOT ||
+                       (Op >= EOP_EQU && Op <= EOP_GEQ))
+        return truth_operator<Op>;
     else
         return value_operator<Op, Type>;
 }

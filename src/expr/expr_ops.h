@@ -38,23 +38,12 @@ inline uint32_t expr_value_type(const ExprInstr* x)
                                                                   : x->operand.type;
 }
 
-// Comparisons and the logical operators carry EXT_Long as their own type and
-// go by the type of what they compare.
-inline constexpr bool kExprByOperandType[EOP_TO_STRING + 1] = {
-    false, false,
-    false, false, false, false, false, false, false, false, false, false, false,  // ASS .. ORASS
-    true, true,                                                                    // LOR, LAND
-    false, false, false,                                                           // OR, XOR, AND
-    true, true, true, true, true, true,                                            // EQU .. GEQ
-    false, false, false, false, false, false, false,                               // SHL .. MOD
-    false, false, false, false, true,                                              // .. LNOT
-};
-
-// The column of kExprOpHandlers for an operator with its operand popped.
-// Types above EXT_Date do nothing, as EXT_Void does.
-inline uint32_t expr_dispatch_type(uint32_t op, const ExprInstr* self, const ExprInstr* x)
+// The column of kExprOpHandlers: the record's own type, where types above
+// EXT_Date do nothing, as EXT_Void does. Comparisons and the logical
+// operators, whose record says EXT_Long, look at their operand themselves.
+inline uint32_t expr_dispatch_type(const ExprInstr* self)
 {
-    const uint32_t type = kExprByOperandType[op] ? expr_value_type(x) : self->operand.type;
+    const uint32_t type = self->operand.type;
     return type <= EXT_Date ? type : uint32_t(EXT_Void);
 }
 
