@@ -84,24 +84,21 @@ TEST_CASE("lines split into constant text and placeholders that stand alone")
     CHECK(FScGetNextSym(&s.fsc) == FSC_CONSTANT);
     CHECK(std::wstring(FScGetAlpha(&s.fsc), FScGetAlphaLen(&s.fsc)) ==
           std::wstring(L"\a\v\0" L"8\x1FF\x4D2" L"5\xF600\0", 9));
-    CHECK(FScGetNextSym(&s.fsc) == FSC_EOL);
-    CHECK(FScGetNextSym(&s.fsc) == FSC_EOL);  // and again, at the same column
+    // The end comes again and again, at the same column.
+    CHECK((FScGetNextSym(&s.fsc) == FSC_EOL && FScGetNextSym(&s.fsc) == FSC_EOL));
     CHECK(FScGetColumnNo(&s.fsc) == 27);
 }
 
 TEST_CASE("zero units inside a line of given length are text; nothing is read past the end")
 {
     Scanner s;
-    CHECK(s.pieces(L"ab\0cd", 5) == "-2:ab -2:?cd -1: ");
-    CHECK(FScGetColumnNo(&s.fsc) == 5);
+    CHECK((s.pieces(L"ab\0cd", 5) == "-2:ab -2:?cd -1: " && FScGetColumnNo(&s.fsc) == 5));
     CHECK(s.pieces(L"#\0\0&", 4) == "-6:# -2:? -2:? -3:& -1: ");
     CHECK(s.pieces(L"/\0/", 3) == "-2:/ -2:? -2:/ -1: ");
     CHECK(s.pieces(L"x\\\0", 3) == "-2:x? -1: ");
-    CHECK(s.pieces(L"abc\0##", 1) == "-2:abc -1: ");
-    CHECK(FScGetColumnNo(&s.fsc) == 3);
+    CHECK((s.pieces(L"abc\0##", 1) == "-2:abc -1: " && FScGetColumnNo(&s.fsc) == 3));
     // A backslash at the end stands for itself.
-    CHECK(s.pieces(L"a\\\0##") == "-2:a\\ -1: ");
-    CHECK(FScGetColumnNo(&s.fsc) == 2);
+    CHECK((s.pieces(L"a\\\0##") == "-2:a\\ -1: " && FScGetColumnNo(&s.fsc) == 2));
 }
 
 TEST_CASE("random lines split into pieces that cover the line exactly")
@@ -124,8 +121,7 @@ TEST_CASE("random lines split into pieces that cover the line exactly")
         uint32_t column = 0;
         for (int32_t sym; (sym = FScGetNextSym(&s.fsc)) != FSC_EOL;) {
             uint32_t end = FScGetColumnNo(&s.fsc);
-            REQUIRE(end > column);
-            REQUIRE(end <= len);
+            REQUIRE((end > column && end <= len));
             std::wstring alpha(FScGetAlpha(&s.fsc), FScGetAlphaLen(&s.fsc));
             if (sym == FSC_CONSTANT)  // escapes only shorten
                 CHECK(alpha.size() <= end - column);
@@ -133,16 +129,17 @@ TEST_CASE("random lines split into pieces that cover the line exactly")
                 CHECK(alpha == line.substr(column, end - column));
             column = end;
         }
-        CHECK(column == len);
-        CHECK(FScGetAlphaLen(&s.fsc) == 0);
+        CHECK((column == len && FScGetAlphaLen(&s.fsc) == 0));
     }
 }
 
 TEST_CASE("descriptions, placeholder codes, allocation and exports")
 {
-    CHECK(std::wstring(FScGetSymDescription(FSC_INTEGER)) == L"INTEGER placeholder");
-    CHECK(std::wstring(FScGetSymDescription(FSC_VARIANT)) == L"VARIANT placeholder ");
-    CHECK(std::wstring(FScGetSymDescription(FSC_EOL)) == L"EOL");
+    const std::pair<int32_t, std::wstring> texts[] = {
+        {FSC_INTEGER, L"INTEGER placeholder"}, {FSC_VARIANT, L"VARIANT placeholder "},
+        {FSC_EOL, L"EOL"}};
+    for (const auto& text : texts)
+        CHECK(FScGetSymDescription(text.first) == text.second);
     for (int32_t sym : {0, -8, 31333})
         CHECK(FScGetSymDescription(sym) == nullptr);
     for (int32_t sym = -9; sym <= 1; ++sym)
@@ -157,8 +154,7 @@ TEST_CASE("descriptions, placeholder codes, allocation and exports")
     FScRelease(&fsc);
     REQUIRE(FScInit(&fsc, 0) == ZOR_S_OK);
     FScSetLine(&fsc, L"");
-    CHECK(FScGetNextSym(&fsc) == FSC_EOL);
-    CHECK(FScGetAlpha(&fsc)[0] == 0);
+    CHECK((FScGetNextSym(&fsc) == FSC_EOL && FScGetAlpha(&fsc)[0] == 0));
     FScRelease(&fsc);
 
     CHECK(missing_exports({"FScInit", "FScRelease", "FScSetLine", "FScSetLineLen",

@@ -13,14 +13,11 @@
 inline std::string printable(const wchar_t* text, size_t len)
 {
     std::string out;
+    char hex[16];
     for (size_t i = 0; i < len; ++i) {
-        char unit[16];
         unsigned c = uint16_t(text[i]);
-        if (c >= 0x20 && c < 0x7F)
-            snprintf(unit, sizeof unit, "%c", char(c));
-        else
-            snprintf(unit, sizeof unit, "<%x>", c);
-        out += unit;
+        snprintf(hex, sizeof hex, "<%x>", c);
+        out += c >= 0x20 && c < 0x7F ? std::string(1, char(c)) : hex;
     }
     return out;
 }
@@ -28,7 +25,8 @@ inline std::string printable(const wchar_t* text, size_t len)
 struct Scanner {
     SymScanner sc;
 
-    explicit Scanner(int32_t mode, uint32_t maxIdent = 64, uint32_t bufLen = 64, int32_t ignoreCase = 0)
+    explicit Scanner(int32_t mode, uint32_t maxIdent = 64, uint32_t bufLen = 64,
+                     int32_t ignoreCase = 0)
     {
         REQUIRE(SymInit(&sc, maxIdent, bufLen, ignoreCase, mode) == ZOR_S_OK);
     }
@@ -79,7 +77,8 @@ struct Scanner {
                        : token == SYM_ULONG  ? SymGetULong(&sc)
                                              : SymGetDouble(&sc);
         char out[64];
-        int n = snprintf(out, sizeof out, token >= SYM_DOUBLE && token < 0 ? "%d=%.15g" : "%d", token, value);
+        bool valued = token >= SYM_DOUBLE && token < 0;
+        int n = snprintf(out, sizeof out, valued ? "%d=%.15g" : "%d", token, value);
         if (text[SymGetColumnNo(&sc)] != 0)
             snprintf(out + n, sizeof out - size_t(n), "@%u", SymGetColumnNo(&sc));
         return out;

