@@ -1,14 +1,13 @@
-// Shared by the FM tests: the runtime locale for a scope, a guarded print,
-// and wide text in failure messages.
+// Shared by the FM tests: a guarded print and wide text in failure messages.
 #pragma once
 
 #include <doctest/doctest.h>
 
-#include <locale.h>
 #include <wchar.h>
 
 #include <string>
 
+#include "locale_scope.h"
 #include "zor_fm.h"
 
 namespace doctest {
@@ -23,21 +22,6 @@ struct StringMaker<std::wstring> {
     }
 };
 }
-
-// Sets the runtime locale for a scope and restores the one before it.
-class RuntimeLocale {
-public:
-    explicit RuntimeLocale(const wchar_t* name) : m_before(_wsetlocale(LC_ALL, nullptr))
-    {
-        REQUIRE(_wsetlocale(LC_ALL, name) != nullptr);
-    }
-    ~RuntimeLocale() { _wsetlocale(LC_ALL, m_before.c_str()); }
-    RuntimeLocale(const RuntimeLocale&) = delete;
-    RuntimeLocale& operator=(const RuntimeLocale&) = delete;
-
-private:
-    std::wstring m_before;
-};
 
 // Point `.` and separator `,`, as the picture examples assume.
 constexpr const wchar_t* kEnglishLocale = L"English_United States.1252";
@@ -55,8 +39,7 @@ inline std::wstring print(const wchar_t* picture, double value, const wchar_t* f
     wmemset(buffer, kGuard, 64);
     int32_t n = FMFormatDouble(format, picture, static_cast<int32_t>(wcslen(picture)), value,
                                buffer, complete);
-    REQUIRE(n >= 0);
-    REQUIRE(n < 64);
+    REQUIRE((n >= 0 && n < 64));
     int32_t touched = 64;
     while (touched > 0 && buffer[touched - 1] == kGuard)
         --touched;

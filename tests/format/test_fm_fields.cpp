@@ -12,10 +12,8 @@ std::wstring fill(const wchar_t* picture, int32_t pictureLen, const wchar_t* tex
     wchar_t buffer[64];
     wmemset(buffer, kGuard, 64);
     int32_t n = FMFormatStr(picture, pictureLen, text, buffer);
-    REQUIRE(n >= 0);
-    REQUIRE(n < 63);
-    CHECK(buffer[n] == 0);
-    CHECK(buffer[n + 1] == kGuard);
+    REQUIRE((n >= 0 && n < 63));
+    CHECK((buffer[n] == 0 && buffer[n + 1] == kGuard));
     return std::wstring(buffer, size_t(n));
 }
 
@@ -48,12 +46,13 @@ TEST_CASE("the descriptors are exported one behind the other and are writable")
                            "GetLLDblFormat", "FMFormatDouble", "FMFormatInt", "FMFormatUInt",
                            "FMFormatStr", "FMToDouble", "FMToInt", "FMToLong", "FMToUInt",
                            "FMToULong"}) == "");
-    auto defaults = reinterpret_cast<const wchar_t*>(GetProcAddress(zor_load_dll(), "DefaultDblFormat"));
+    auto data = [](const char* name) {
+        return reinterpret_cast<const wchar_t*>(GetProcAddress(zor_load_dll(), name));
+    };
+    const wchar_t* defaults = data("DefaultDblFormat");
     REQUIRE(defaults);
-    CHECK(reinterpret_cast<const wchar_t*>(GetProcAddress(zor_load_dll(), "LLDblFormat")) == defaults + 8);
-    CHECK(std::wstring(defaults) == L"#$**.,+-#&*$.,+-");
+    CHECK((data("LLDblFormat") == defaults + 8 && std::wstring(defaults) == L"#$**.,+-#&*$.,+-"));
     CHECK(dll_proc<wchar_t* (*)()>("GetLLDblFormat")() == defaults + 8);
-
     CHECK(GetLLDblFormat() == GetDefaultDblFormat() + 8);
     wchar_t saved = DefaultDblFormat[1];
     DefaultDblFormat[1] = L'9';

@@ -24,20 +24,14 @@ TEST_CASE("FMToDouble takes digits, the last sign and the last separator from an
     }
     std::wstring longFraction = L"-2." + std::wstring(400, L'3');
     CHECK(FMToDouble(longFraction.c_str()) == doctest::Approx(-2.3333333333333333));
-    CHECK(FMToDouble(nullptr) == 0.0);
-    CHECK(signbit(FMToDouble(L"-")));
+    CHECK((FMToDouble(nullptr) == 0.0 && signbit(FMToDouble(L"-"))));
 }
 
 TEST_CASE("the integer readers wrap, and only the signed ones see signs")
 {
-    CHECK(FMToInt(L"2147483648") == INT32_MIN);
-    CHECK(FMToInt(L"-2147483648") == INT32_MIN);
-    CHECK(FMToInt(L"12-") == -12);
-    CHECK(FMToInt(L"1.5") == 15);
+    CHECK((FMToInt(L"2147483648") == INT32_MIN && FMToInt(L"-2147483648") == INT32_MIN));
+    CHECK((FMToInt(L"12-") == -12 && FMToInt(L"1.5") == 15 && FMToInt(nullptr) == 0));
     CHECK(FMToLong(L" -1,234 kg") == -1234);
-    CHECK(FMToUInt(L"4294967295") == UINT32_MAX);
-    CHECK(FMToUInt(L"4294967296") == 0u);
-    CHECK(FMToULong(L"-1") == 1u);
-    CHECK(FMToInt(nullptr) == 0);
-    CHECK(FMToULong(L"") == 0u);
+    CHECK((FMToUInt(L"4294967295") == UINT32_MAX && FMToUInt(L"4294967296") == 0u));
+    CHECK((FMToULong(L"-1") == 1u && FMToULong(L"") == 0u));
 }

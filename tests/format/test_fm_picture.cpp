@@ -27,13 +27,13 @@ TEST_CASE("pictures print zero suppression, forced digits, fills and signs colum
         {L"(###) EUR", 12, L"( 12) EUR"},  {L"n/a", 1, L"n/a"},
     };
     for (const auto& row : rows) {
-        CAPTURE(std::wstring(row.picture));
         CAPTURE(row.value);
+        CAPTURE(std::wstring(row.picture));
         CHECK(print(row.picture, row.value) == row.expected);
     }
     wchar_t untouched[2] = {kGuard, kGuard};
-    CHECK(FMFormatDouble(nullptr, L"###", 0, 5.0, untouched, nullptr) == 0);
-    CHECK(FMFormatDouble(nullptr, L"###", -3, 5.0, untouched, nullptr) == 0);
+    for (int32_t length : {0, -3})
+        CHECK(FMFormatDouble(nullptr, L"###", length, 5.0, untouched, nullptr) == 0);
     CHECK(untouched[0] == kGuard);
 }
 
@@ -71,14 +71,11 @@ TEST_CASE("integer front ends, the complete flag and an exhausted heap")
     CHECK(text(FMFormatUInt(nullptr, L"$$$$$$$$$$", 10, UINT32_MAX, out, nullptr)) == L"4294967295");
 
     int32_t complete = -1;
-    print(L"#", 98765.0, nullptr, &complete);
-    CHECK(complete == 1);
+    CHECK((print(L"#", 98765.0, nullptr, &complete) == L"5" && complete == 1));
 
     NoLeak leak;
     AllAllocationsFail fail;
     out[1] = kGuard;
     CHECK(FMFormatDouble(nullptr, L"###", 3, 5.0, out, &complete) == 0);
-    CHECK(complete == 0);
-    CHECK(out[0] == 0);
-    CHECK(out[1] == kGuard);
+    CHECK((complete == 0 && out[0] == 0 && out[1] == kGuard));
 }
