@@ -5,14 +5,12 @@
 #include "dll_image.h"
 #include "zor_frame.h"
 
-TEST_CASE("GCD takes the larger argument as dividend")
+TEST_CASE("GCD gives the same divisor in either argument order")
 {
-    CHECK(GCD(12, 18) == 6);
-    CHECK(GCD(18, 12) == 6);
-    CHECK(GCD(7, 7) == 7);
-    CHECK(GCD(1, 0xFFFFFFFFu) == 1);
-    CHECK(GCD(0xFFFFFFFEu, 0x80000000u) == 2);
-    CHECK(GCD(1071, 462) == 21);
+    const uint32_t rows[][3] = {{12, 18, 6}, {7, 7, 7}, {1, 0xFFFFFFFFu, 1},
+                                {0xFFFFFFFEu, 0x80000000u, 2}, {1071, 462, 21}};
+    for (const auto& row : rows)
+        CHECK((GCD(row[0], row[1]) == row[2] && GCD(row[1], row[0]) == row[2]));
 }
 
 namespace {
@@ -69,9 +67,8 @@ TEST_CASE("the DLL exports the frame under its names and imports only system mod
 
 TEST_CASE("the MSVC-named constructor returns the object it built")
 {
-    using Ctor = void* (*)(void*);
     using Member = void (*)(void*);
-    auto ctor = dll_proc<Ctor>("??0ZORCritSect@@QEAA@XZ");
+    auto ctor = dll_proc<void* (*)(void*)>("??0ZORCritSect@@QEAA@XZ");
     auto lock = dll_proc<Member>("?Lock@ZORCritSect@@QEAAXXZ");
     auto unlock = dll_proc<Member>("?UnLock@ZORCritSect@@QEAAXXZ");
     auto dtor = dll_proc<Member>("??1ZORCritSect@@QEAA@XZ");
@@ -79,6 +76,8 @@ TEST_CASE("the MSVC-named constructor returns the object it built")
     alignas(16) unsigned char storage[sizeof(CRITICAL_SECTION)];
     CHECK(ctor(storage) == storage);
     lock(storage);
+    lock(storage);  // recursive through the exports as well
+    unlock(storage);
     unlock(storage);
     dtor(storage);
 }
