@@ -27,7 +27,6 @@ public:
     }
     ~Expr() { ExprRelease(&ctx); }
     Expr(const Expr&) = delete;
-    Expr& operator=(const Expr&) = delete;
 
     ExprContext* operator->() { return &ctx; }
     operator ExprContext*() { return &ctx; }
@@ -46,15 +45,14 @@ public:
         return reinterpret_cast<const ExprInstr*>(ctx.code->data)[i];
     }
 
-    // Opcodes from `from` to the end of the array.
-    std::vector<uint32_t> opcodes(uint32_t from) const
+    // Opcodes of the last compile, up to the end of the array.
+    std::vector<uint32_t> opcodes() const
     {
         std::vector<uint32_t> result;
-        for (uint32_t i = from; i < size(); ++i)
+        for (uint32_t i = first; i < size(); ++i)
             result.push_back(at(i).opcode);
         return result;
     }
-    std::vector<uint32_t> opcodes() const { return opcodes(first); }
 
     // Runs the last compile and pops its result.
     void* run(ZORStatus expected = 0, intptr_t userArg = 0)

@@ -19,18 +19,14 @@ struct Val {
     double d;
 };
 
-class Random {
-public:
-    explicit Random(uint64_t seed) : m_state(seed) {}
+struct Random {
+    uint64_t state;
     uint32_t next()
     {
-        m_state ^= m_state << 13, m_state ^= m_state >> 7, m_state ^= m_state << 17;
-        return uint32_t(m_state >> 16);
+        state ^= state << 13, state ^= state >> 7, state ^= state << 17;
+        return uint32_t(state >> 16);
     }
     uint32_t below(uint32_t n) { return next() % n; }
-
-private:
-    uint64_t m_state;
 };
 
 const wchar_t* const kBinary[] = {L"+", L"-", L"*", L"/", L"%", L"<<", L">>", L"&", L"|",
@@ -132,11 +128,8 @@ Result double_op(const std::wstring& op, double a, double b)
     if (op == L"+") return num(a + b);
     if (op == L"-") return num(a - b);
     if (op == L"*") return num(a * b);
-    if (op == L"/" || op == L"%") {
-        if (b == 0.0)
-            return {ZOR_DISP_E_DIVBYZERO, {}};
-        return num(op == L"/" ? a / b : fmod(a, b));
-    }
+    if (op == L"/" || op == L"%")
+        return b == 0.0 ? Result{ZOR_DISP_E_DIVBYZERO, {}} : num(op == L"/" ? a / b : fmod(a, b));
     return {ZOR_E_UNEXPECTED, {}};  // bitwise and shifts
 }
 
@@ -211,7 +204,7 @@ bool same(const Val& expected, uint32_t type, const void* value)
 
 void run_random_formulas(uint64_t seed, int count, bool mixed)
 {
-    Random rnd(seed);
+    Random rnd{seed};
     alignas(8) unsigned char storage[8][8];
     Val vars[8];
     Expr e;

@@ -1,5 +1,7 @@
 #include <doctest/doctest.h>
 
+#include <string.h>
+
 #include <string>
 
 #include "alloc_check.h"
@@ -85,39 +87,34 @@ TEST_CASE("constants and variables evaluate in place")
     REQUIRE(m.compile(L"'A'") == 0);
     CHECK(*static_cast<uint16_t*>(m.run()) == L'A');
     REQUIRE(m.compile(L"x") == 0);
-    CHECK(m.run() == &m.x);
-    CHECK(m->stackDepth == 0);
+    CHECK((m.run() == &m.x && m->stackDepth == 0));
+}
+
+template <class T>
+bool is(const void* result, T expected)
+{
+    return memcmp(result, &expected, sizeof expected) == 0;
 }
 
 TEST_CASE("user functions of every result type get their arguments last first")
 {
     Machine m;
-    struct Row { const wchar_t* text; uint32_t type; };
-    const Row rows[] = {{L"fc(x, d)", EXT_Char},  {L"fl(x, d)", EXT_Long},   {L"fu(x, d)", EXT_ULong},
-                        {L"fd(x, d)", EXT_Double}, {L"fb(x, d)", EXT_BitField},
-                        {L"fs(x, d)", EXT_String}, {L"ft(x, d)", EXT_Date}};
+    struct Row { const wchar_t* text; uint32_t type; bool (*good)(const void*); };
+    const Row rows[] = {
+        {L"fc(x, d)", EXT_Char, [](const void* r) { return is<uint16_t>(r, 0x2345); }},
+        {L"fl(x, d)", EXT_Long, [](const void* r) { return is<int32_t>(r, -3); }},
+        {L"fu(x, d)", EXT_ULong, [](const void* r) { return is<uint32_t>(r, 0xFFFFFFFDu); }},
+        {L"fd(x, d)", EXT_Double, [](const void* r) { return is<double>(r, 2.5); }},
+        {L"fb(x, d)", EXT_BitField, [](const void* r) { return is(r, ExprBitField{7, 9}); }},
+        {L"fs(x, d)", EXT_String, [](const void* r) { return !wcscmp(TSGetStr((const TSString*)r), L"text"); }},
+        {L"ft(x, d)", EXT_Date, [](const void* r) { return static_cast<const TDDate*>(r)->day == 22; }}};
     for (const Row& row : rows) {
         CAPTURE(std::wstring(row.text));
         REQUIRE(m.compile(row.text) == 0);
         CHECK(m.resultType == row.type);
-        void* result = m.run(0, -3);
+        CHECK(row.good(m.run(0, -3)));
         CHECK((m.calls.values[0] == 4 && m.calls.values[1] == 0.5));
         CHECK((m.calls.types[0] == EXT_Long && m.calls.types[1] == EXT_Double));
-        switch (row.type) {
-        case EXT_Char: CHECK(*static_cast<uint16_t*>(result) == 0x2345); break;
-        case EXT_Long: CHECK(*static_cast<int32_t*>(result) == -3); break;
-        case EXT_ULong: CHECK(*static_cast<uint32_t*>(result) == 0xFFFFFFFDu); break;
-        case EXT_Double: CHECK(*static_cast<double*>(result) == 2.5); break;
-        case EXT_BitField: {
-            const ExprBitField* bits = static_cast<ExprBitField*>(result);
-            CHECK((bits->hi == 7 && bits->lo == 9));
-            break;
-        }
-        case EXT_String:
-            CHECK(std::wstring(TSGetStr(static_cast<TSString*>(result))) == L"text");
-            break;
-        default: CHECK(static_cast<TDDate*>(result)->day == 22); break;
-        }
     }
     CHECK(m->stackDepth == 0);
     // A converted argument arrives converted, typed as it was written.
@@ -135,11 +132,9 @@ TEST_CASE("a code set by a user function ends the run once its result is stored"
 {
     Machine m;
     REQUIRE(m.compile(L"two(fail(), count(1))") == 0);
-    CHECK(ExprEvaluate(m, m.first, 0) == 0x80041234);
-    CHECK(ExprGetEvalErr(m) == 0x80041234);
+    CHECK((ExprEvaluate(m, m.first, 0) == 0x80041234 && ExprGetEvalErr(m) == 0x80041234));
     CHECK(m.calls.calls == 1);  // neither count nor two ran
-    CHECK(*static_cast<int32_t*>(m.at(m.first + 1).operand.value) == 7);
-    CHECK(m->stackDepth == 0);
+    CHECK((*static_cast<int32_t*>(m.at(m.first + 1).operand.value) == 7 && m->stackDepth == 0));
     // An operator's failure leaves what was pending on the stack, evalErr clear.
     REQUIRE(m.compile(L"two(1, *x)") == 0);
     CHECK(ExprEvaluate(m, m.first, 0) == ZOR_E_NOTIMPL);
@@ -157,29 +152,19 @@ TEST_CASE("start marks, run-all and a stack that the caller balances")
 {
     Machine m;
     ExprSetEvalErr(m, 5);
-    CHECK(ExprEvaluate(m, EXPR_EMPTY, 0) == 0);
-    CHECK((ExprGetEvalErr(m) == 0 && m->stack == nullptr));
-    REQUIRE(m.compile(L"x") == 0);
-    REQUIRE(m.compile(L"d") == 0);
-    CHECK(ExprEvaluate(m, m.size(), 0) == 0);
-    CHECK(ExprEvaluate(m, 0x7FFFFFFF, 0) == 0);
+    CHECK((ExprEvaluate(m, EXPR_EMPTY, 0) == 0 && ExprGetEvalErr(m) == 0 && m->stack == nullptr));
+    REQUIRE((m.compile(L"x") == 0 && m.compile(L"d") == 0));
+    CHECK((ExprEvaluate(m, m.size(), 0) == 0 && ExprEvaluate(m, 0x7FFFFFFF, 0) == 0));
     CHECK(m->stack == nullptr);
-
-    CHECK(ExprEvaluate(m, EXPR_RUN_ALL, 0) == 0);
-    CHECK(m->stackDepth == 4);
-    CHECK(ExprPopResult(m) == nullptr);
-    CHECK(ExprPopResult(m) == &m.d);
-    CHECK(ExprPopResult(m) == nullptr);
-    CHECK(ExprPopResult(m) == &m.x);
-
-    CHECK(m->stackSize == 20);
+    CHECK((ExprEvaluate(m, EXPR_RUN_ALL, 0) == 0 && m->stackDepth == 4));
+    CHECK((ExprPopResult(m) == nullptr && ExprPopResult(m) == &m.d));
+    CHECK((ExprPopResult(m) == nullptr && ExprPopResult(m) == &m.x));
     for (int i = 0; i < 20; ++i)
         REQUIRE(ExprEvaluate(m, 0, 0) == 0);
     CHECK(m->stackSize == 20);
     REQUIRE(ExprEvaluate(m, m.first, 0) == 0);
     CHECK((m->stackSize == 40 && m->stackDepth == 21));
-    CHECK(ExprPopResult(m) == &m.d);
-    CHECK(ExprPopResult(m) == &m.x);
+    CHECK((ExprPopResult(m) == &m.d && ExprPopResult(m) == &m.x));
 }
 
 TEST_CASE("a stack that can't grow fails the run and stays usable")
@@ -203,8 +188,6 @@ TEST_CASE("a user function may run the same object again on the shared stack")
     REQUIRE(m.compile(L"two(x, nest(x))") == 0);
     REQUIRE(ExprEvaluate(m, m.first, intptr_t(inner)) == 0);
     CHECK((m->stackDepth == 3 && m->stackSize == 40));  // "two" leaves its arguments
-    CHECK(*static_cast<int32_t*>(ExprPopResult(m)) == 1);
-    CHECK(*static_cast<int32_t*>(ExprPopResult(m)) == 42);
-    CHECK(ExprPopResult(m) == &m.x);
-    CHECK(m.calls.calls == 1);
+    CHECK((*static_cast<int32_t*>(ExprPopResult(m)) == 1 && *static_cast<int32_t*>(ExprPopResult(m)) == 42));
+    CHECK((ExprPopResult(m) == &m.x && m.calls.calls == 1));
 }

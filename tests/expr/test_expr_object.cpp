@@ -29,16 +29,14 @@ TEST_CASE("names are unique across kinds; look-ups and the walk see every kind")
     CHECK(ExprDefineConst(e, &k, L"k", EXT_Long) == 0);
     CHECK(DAGetSize(e->argTypes) == 3);  // the refused function left no list behind
 
-    CHECK(ExprVarLookUp(e, L"k") == nullptr);
-    CHECK(e.error_text() == L"k");
+    CHECK((ExprVarLookUp(e, L"k") == nullptr && e.error_text() == L"k"));
     const ExprOperand* constant = ExprLookUp(e, L"k");
     REQUIRE(constant != nullptr);
     CHECK((constant->storage == EXS_Const && constant->value == &k && constant->xrefIndex == -1));
     CHECK(ExprVarLookUp(e, L"x")->value == &x);
     REQUIRE(e.compile(L"x + x") == 0);
     CHECK(ExprLookUp(e, L"x")->useCount == 2);
-    CHECK(ExprLookUp(e, L"nosuch") == nullptr);
-    CHECK(e.error_text() == L"nosuch");
+    CHECK((ExprLookUp(e, L"nosuch") == nullptr && e.error_text() == L"nosuch"));
     const ExprOperand* fn = ExprLookUp(e, L"fn");
     CHECK((fn->storage == EXS_Function && fn->type == EXT_Double && fn->xrefIndex == 0));
 
@@ -48,12 +46,8 @@ TEST_CASE("names are unique across kinds; look-ups and the walk see every kind")
     for (const wchar_t* name = ExprGetFirstVar(e, &operand, &iter); name;
          name = ExprGetNextVar(e, &operand, &iter))
         names += std::wstring(name) + L":" + std::to_wstring(operand.storage) + L" ";
-    CHECK(names == L"fn:4 k:5 x:0 ");
-    CHECK(iter == nullptr);
-
-    CHECK(ExprSetUserPtr(e, &x) == nullptr);
-    CHECK(ExprSetUserPtr(e, &k) == &x);
-    CHECK(ExprGetUserPtr(e) == &k);
+    CHECK((names == L"fn:4 k:5 x:0 " && iter == nullptr));
+    CHECK((ExprSetUserPtr(e, &x) == nullptr && ExprSetUserPtr(e, &k) == &x && ExprGetUserPtr(e) == &k));
 }
 
 TEST_CASE("arena growth carries every earlier constant along")

@@ -1,6 +1,5 @@
 #include <doctest/doctest.h>
 
-#include <math.h>
 #include <string.h>
 
 #include <limits>
@@ -23,10 +22,7 @@ struct Sheet : Expr {
 
     Sheet()
     {
-        TSClear(&s);
-        TSClear(&s2);
-        TDInit(&t);
-        TDInit(&t2);
+        TSClear(&s), TSClear(&s2), TDInit(&t), TDInit(&t2);
         define(&c, L"c", EXT_Char), define(&c2, L"c2", EXT_Char), define(ca, L"ca", EXT_Char);
         define(&l, L"l", EXT_Long), define(&l2, L"l2", EXT_Long), define(la, L"la", EXT_Long);
         define(&u, L"u", EXT_ULong), define(&u2, L"u2", EXT_ULong);
@@ -35,11 +31,7 @@ struct Sheet : Expr {
         define(&s, L"s", EXT_String), define(&s2, L"s2", EXT_String);
         define(&t, L"t", EXT_Date), define(&t2, L"t2", EXT_Date);
     }
-    ~Sheet()
-    {
-        TSInit(&s);
-        TSInit(&s2);
-    }
+    ~Sheet() { TSInit(&s), TSInit(&s2); }
     void define(void* value, const wchar_t* name, uint32_t type)
     {
         REQUIRE(ExprDefineVar(&ctx, value, name, type) == 0);
@@ -76,41 +68,27 @@ const int32_t kMin = std::numeric_limits<int32_t>::min();
 
 }
 
-TEST_CASE("integers wrap in their own width, divide toward zero and mask shift counts")
+// The random formulas of the differential test cover the arithmetic of the
+// number types; these cases hold what they leave out.
+TEST_CASE("steps wrap in their own width; bit fields shift as one 64-bit word")
 {
     Sheet e;
-    CHECK(e.num(L"7 / 2") == 3);
-    CHECK(e.num(L"-7 / 2") == -3);
-    CHECK(e.num(L"-7 % 2") == -1);
-    CHECK(e.num(L"'A' + 1") == 66);
-    CHECK(e.num(L"1 << 33") == 2);
-    CHECK(e.num(L"1 << -1") == kMin);
-    // The one quotient that does not fit wraps; the process goes on.
-    e.l = kMin;
-    CHECK(e.num(L"l / -1") == kMin);
-    CHECK(e.num(L"l % -1") == 0);
-    CHECK((e.eval(L"l /= -1") == 0 && e.l == kMin));
+    e.l = kMin;  // the one quotient that does not fit wraps; the process goes on
+    CHECK((e.num(L"l / -1") == kMin && e.num(L"l % -1") == 0 && e.num(L"'A' + 1") == 66));
     e.c = 65535;
-    CHECK(e.get<uint16_t>(L"++c", EXT_Char) == 0);
-    CHECK(e.get<uint16_t>(L"c--", EXT_Char) == 0);
+    CHECK((e.get<uint16_t>(L"++c", EXT_Char) == 0 && e.get<uint16_t>(L"c--", EXT_Char) == 0));
     CHECK(e.c == 65535);
-    e.c = 1;
-    CHECK(e.get<uint16_t>(L"c << 16", EXT_Char) == 0);
-    e.u = 0;
-    CHECK(e.num(L"-1 < u") == 0);  // Long and ULong meet as unsigned
-
     e.b = {0, 0x80000001u};
     ExprBitField r = e.get<ExprBitField>(L"b << 1", EXT_BitField);
     CHECK((r.hi == 1 && r.lo == 2));
     e.b = {0x80000000u, 0};
     r = e.get<ExprBitField>(L"b >> 63", EXT_BitField);
     CHECK((r.hi == 0 && r.lo == 1));
-    CHECK(e.eval(L"b <<= 64") == ZOR_DISP_E_OVERFLOW);
-    CHECK(e.eval(L"b >> -1") == ZOR_DISP_E_OVERFLOW);
+    CHECK((e.eval(L"b <<= 64") == ZOR_DISP_E_OVERFLOW && e.eval(L"b >> -1") == ZOR_DISP_E_OVERFLOW));
     CHECK((e.b.hi == 0x80000000u && e.b.lo == 0));
 }
 
-TEST_CASE("doubles: both zeros divide by zero, NaN passes and compares false; conversions cut")
+TEST_CASE("division by zero leaves the target alone; a character becomes a string")
 {
     Sheet e;
     for (const wchar_t* text : {L"1.0 / 0.0", L"1.0 / -0.0", L"1 / 0", L"1 % 0", L"1.5 % -0.0",
@@ -119,23 +97,6 @@ TEST_CASE("doubles: both zeros divide by zero, NaN passes and compares false; co
         CHECK(e.eval(text) == ZOR_DISP_E_DIVBYZERO);
         CHECK((e.l == 5 && e.d == 2.0));
     }
-    CHECK(e.get<double>(L"7.5 % 2.0", EXT_Double) == 1.5);
-    CHECK(e.eval(L"d %= 2.0") == ZOR_E_UNEXPECTED);
-    double zero = e.get<double>(L"-(0.0)", EXT_Double);
-    CHECK((zero == 0.0 && signbit(zero)));
-
-    e.d = std::numeric_limits<double>::quiet_NaN();
-    CHECK(isnan(e.get<double>(L"1.0 / d", EXT_Double)));
-    CHECK(e.num(L"d == d") == 0);
-    CHECK(e.num(L"d != d") == 1);
-    CHECK(e.num(L"!d") == 0);
-    CHECK(e.num(L"3 == 1.5") == 0);
-    CHECK(e.num(L"1.5 == 3") == 0);
-    // Out of a Long's range a double becomes 0x80000000, while a ULong cuts
-    // through 64 bits.
-    CHECK((e.eval(L"l = 3000000000.0") == 0 && e.l == kMin));
-    CHECK((e.eval(L"u = 3000000000.0") == 0 && e.u == 3000000000u));
-    CHECK((e.eval(L"u = -1.5") == 0 && e.u == 0xFFFFFFFFu));
     CHECK((e.eval(L"s = 'A'") == 0 && e.str(L"s") == L"A"));
 }
 
@@ -143,13 +104,10 @@ TEST_CASE("bit fields: two words for logic and ordering, bytes for doubles")
 {
     Sheet e;
     e.b = {0, 1}, e.b2 = {0, 0};
-    CHECK(e.num(L"b && b") == 0);  // one word zero: false for &&
-    CHECK(e.num(L"b || b2") == 1);
-    CHECK(e.num(L"!b") == 1);
-    e.b = {1, 5}, e.b2 = {2, 3};
-    CHECK(e.num(L"b < b2") == 0);  // both words must agree
-    CHECK(e.num(L"b >= b2") == 0);
-    CHECK(e.num(L"b != b2") == 1);
+    // One word zero: false for &&.
+    CHECK((e.num(L"b && b") == 0 && e.num(L"b || b2") == 1 && e.num(L"!b") == 1));
+    e.b = {1, 5}, e.b2 = {2, 3};  // both words must agree
+    CHECK((e.num(L"b < b2") == 0 && e.num(L"b >= b2") == 0 && e.num(L"b != b2") == 1));
     e.b2 = {2, 6};
     CHECK(e.num(L"b <= b2") == 1);
     ExprBitField r = e.get<ExprBitField>(L"b ^ ~b2", EXT_BitField);
@@ -188,11 +146,11 @@ TEST_CASE("an operator that has no meaning for a type fails at run time")
                                      EXT_BitField, EXT_String, EXT_Date};
     for (int col = 0; col < 7; ++col) {
         Expr e;
-        alignas(8) unsigned char a[16] = {3, 0, 0, 0, 0, 0, 0, 0x40, 3}, b[16] = {2, 0, 0, 0, 0, 0, 0, 0x40, 2};
+        alignas(8) unsigned char a[16] = {3, 0, 0, 0, 0, 0, 0, 0x40, 3};
+        alignas(8) unsigned char b[16] = {2, 0, 0, 0, 0, 0, 0, 0x40, 2};
         TSString sa, sb;
         TDDate ta, tb;
-        void* va = a;
-        void* vb = b;
+        void *va = a, *vb = b;
         if (types[col] == EXT_String)
             va = TSSetStr(TSClear(&sa), L"x"), vb = TSSetStr(TSClear(&sb), L"y");
         if (types[col] == EXT_Date)
@@ -225,15 +183,11 @@ TEST_CASE("indexes: strings and bit fields are bounded, number variables are arr
     Sheet e;
     CHECK(e.eval(L"s[0]") == ZOR_DISP_E_BADINDEX);  // empty: not even the terminator
     TSSetStr(&e.s, L"abc");
-    CHECK(e.get<uint16_t>(L"s[2]", EXT_Char) == L'c');
-    CHECK(e.eval(L"s[3]") == ZOR_DISP_E_BADINDEX);
-    CHECK(e.eval(L"s[-1]") == ZOR_DISP_E_BADINDEX);
-    CHECK(e.eval(L"t[0]") == ZOR_E_UNEXPECTED);
-
+    CHECK((e.get<uint16_t>(L"s[2]", EXT_Char) == L'c' && e.eval(L"t[0]") == ZOR_E_UNEXPECTED));
     e.b = {1, 0x80000000u};
     CHECK(e.num(L"b[31] + b[32] * 2 + b[0] * 4") == 3);
-    CHECK(e.eval(L"b[64]") == ZOR_DISP_E_BADINDEX);
-    CHECK(e.eval(L"b[-1]") == ZOR_DISP_E_BADINDEX);
+    for (const wchar_t* outside : {L"s[3]", L"s[-1]", L"b[64]", L"b[-1]", L"(l + 1)[1]", L"5[-1]"})
+        CHECK(e.eval(outside) == ZOR_DISP_E_BADINDEX);
     // A single bit has no address: the assignment fails and the field stays.
     for (const wchar_t* text : {L"b[3] = 1", L"b[31] |= 1", L"b[32]++", L"--b[0]"})
         CHECK(e.eval(text) == ZOR_E_UNEXPECTED);
@@ -241,10 +195,8 @@ TEST_CASE("indexes: strings and bit fields are bounded, number variables are arr
 
     int32_t la[4] = {10, 20, 30, 40};
     memcpy(e.la, la, sizeof la);
-    CHECK(e.num(L"la[2]") == 30);
-    CHECK(e.num(L"(la[1] = 9) + 1") == 10);
-    CHECK(e.num(L"la[3]++") == 40);
-    CHECK(e.num(L"la[0] += la[2]") == 40);
+    CHECK((e.num(L"la[2]") == 30 && e.num(L"(la[1] = 9) + 1") == 10));
+    CHECK((e.num(L"la[3]++") == 40 && e.num(L"la[0] += la[2]") == 40));
     CHECK((e.la[0] == 40 && e.la[1] == 9 && e.la[2] == 30 && e.la[3] == 41));
     e.da[1] = 1.5;
     CHECK(e.get<double>(L"da[2] = da[1] * 2", EXT_Double) == 3.0);
@@ -253,10 +205,7 @@ TEST_CASE("indexes: strings and bit fields are bounded, number variables are arr
 
     // Without a variable behind it only the value's own slot is there.
     e.l = 41;
-    CHECK(e.num(L"(l + 1)[0]") == 42);
-    CHECK(e.num(L"(l + 1)[0] == 42") == 1);
-    CHECK(e.eval(L"(l + 1)[1]") == ZOR_DISP_E_BADINDEX);
-    CHECK(e.eval(L"5[-1]") == ZOR_DISP_E_BADINDEX);
+    CHECK((e.num(L"(l + 1)[0]") == 42 && e.num(L"(l + 1)[0] == 42") == 1));
 }
 
 namespace {
@@ -272,12 +221,8 @@ TEST_CASE("operands are read when their operator runs, and both logical sides al
     CHECK(e.num(L"l + (l = 5)") == 10);
     e.l = 2;
     CHECK(e.num(L"(l = 3) * l") == 9);
-    g_calls = 0;
-    CHECK(e.num(L"1 || g()") == 1);
-    CHECK(e.num(L"0 && g()") == 0);
-    CHECK(g_calls == 2);
-    CHECK(e.num(L"l = l2 = 7") == 7);
-    CHECK((e.l == 7 && e.l2 == 7));
+    CHECK((e.num(L"1 || g()") == 1 && e.num(L"0 && g()") == 0 && g_calls == 2));
+    CHECK((e.num(L"l = l2 = 7") == 7 && e.l == 7 && e.l2 == 7));
 }
 
 TEST_CASE("strings and dates: joined, compared, and out of memory reported")
@@ -285,13 +230,10 @@ TEST_CASE("strings and dates: joined, compared, and out of memory reported")
     Sheet e;
     TSSetStr(&e.s, L"ab");
     TSSetStr(&e.s2, L"b");
-    CHECK(e.str(L"s + 'c'") == L"abc");
-    CHECK(e.str(L"'c' + s") == L"cab");
+    CHECK((e.str(L"s + 'c'") == L"abc" && e.str(L"'c' + s") == L"cab"));
     CHECK(e.str(L"s += s") == L"abab");
-    CHECK(e.num(L"s < s2") == 1);
-    CHECK(e.num(L"s2 <= s") == 0);
-    CHECK(e.num(L"s != s") == 0);
-    CHECK(e.num(L"s2 >= s2") == 1);
+    CHECK((e.num(L"s < s2") == 1 && e.num(L"s2 <= s") == 0));
+    CHECK((e.num(L"s != s") == 0 && e.num(L"s2 >= s2") == 1));
 
     TDSetTime(&e.t, 2024, 1, 31, 0, 0, 0, 0);
     TDSetInterval(&e.t2, 0, 1, 0, 0, 0, 0, 0);
@@ -300,8 +242,7 @@ TEST_CASE("strings and dates: joined, compared, and out of memory reported")
     void* r = nullptr;
     REQUIRE(e.eval(L"t - t2", &r) == 0);
     CHECK((static_cast<TDDate*>(r)->month == 1 && e.t.month == 2));
-    CHECK(e.num(L"t > t2") == 1);
-    CHECK(e.num(L"t == t") == 1);
+    CHECK((e.num(L"t > t2") == 1 && e.num(L"t == t") == 1));
 
     REQUIRE(e.compile(L"s2 = s + s2") == 0);
     {

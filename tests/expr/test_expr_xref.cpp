@@ -54,14 +54,12 @@ TEST_CASE("the list holds one run per assigned variable, and every copy of it is
 {
     Sheet e;
     REQUIRE(ExprXRef(e) == 0);  // recording is off: nothing but the closing -1
-    CHECK(list_of(e) == std::vector<int32_t>{-1});
-    CHECK(ExprLookUp(e, L"v")->xrefIndex == -1);
+    CHECK((list_of(e) == std::vector<int32_t>{-1} && ExprLookUp(e, L"v")->xrefIndex == -1));
 
     REQUIRE(ExprDefineConst(e, &g_constant, L"k", EXT_Long) == 0);
     REQUIRE(ExprDefineFn(e, reinterpret_cast<ExprUserFn>(answer), L"f", EXT_Long, 0) == 0);
     int32_t fnIndex = ExprLookUp(e, L"f")->xrefIndex;
-    REQUIRE(ExprXRefOn(e) == 0);
-    CHECK(list_of(e).empty());
+    REQUIRE((ExprXRefOn(e) == 0 && list_of(e).empty()));
     e.line(L"v = 7");
     REQUIRE(ExprXRefOn(e) == 0);  // forgets the record above
     uint32_t reads = e.line(L"w = v + k + f()");  // reads v before anything assigns it
@@ -76,8 +74,7 @@ TEST_CASE("the list holds one run per assigned variable, and every copy of it is
     CHECK(run_of(e, L"w") == std::vector<int32_t>{int32_t(reads)});
     CHECK(run_of(e, L"a") == std::vector<int32_t>{int32_t(twice)});
     CHECK(list_of(e).size() == 7);  // three runs, each closed, plus nothing else
-    CHECK(ExprLookUp(e, L"k")->xrefIndex == -1);
-    CHECK(ExprLookUp(e, L"f")->xrefIndex == fnIndex);
+    CHECK((ExprLookUp(e, L"k")->xrefIndex == -1 && ExprLookUp(e, L"f")->xrefIndex == fnIndex));
     int32_t linked = 0;
     for (uint32_t i = 0; i < e.size(); ++i) {
         const ExprOperand& op = e.at(i).operand;
@@ -92,8 +89,7 @@ TEST_CASE("the list holds one run per assigned variable, and every copy of it is
 
     // Laying out again appends fresh runs and moves the links to them.
     REQUIRE(ExprXRef(e) == 0);
-    CHECK(list_of(e).size() == 14);
-    CHECK(ExprLookUp(e, L"v")->xrefIndex >= 7);
+    CHECK((list_of(e).size() == 14 && ExprLookUp(e, L"v")->xrefIndex >= 7));
     CHECK(run_of(e, L"v") == std::vector<int32_t>{int32_t(first), int32_t(second)});
 }
 
@@ -110,16 +106,12 @@ TEST_CASE("reading a variable first re-runs the earlier expressions that assign 
     REQUIRE(ExprXRef(e) == 0);
 
     e.x = 0;
-    CHECK(e.eval(copy) == 1);
-    CHECK(e.eval(one) == 1);
+    CHECK((e.eval(copy) == 1 && e.eval(one) == 1));
     // Its own start stops the expression from re-running itself.
-    CHECK(e.eval(bump) == 1);
-    CHECK(e.eval(readV) == 20);
-    CHECK(e.v == 2);
+    CHECK((e.eval(bump) == 1 && e.eval(readV) == 20 && e.v == 2));
     // Re-runs between the operands leave exactly one result behind.
     int32_t depth = e->stackDepth;
-    CHECK(e.eval(sum) == 1 + 3 + 2);  // both assignments of x start earlier
-    CHECK(e->stackDepth == depth);
+    CHECK((e.eval(sum) == 1 + 3 + 2 && e->stackDepth == depth));  // both x assignments start earlier
     // Running everything re-runs nothing.
     e.v = 0;
     REQUIRE(ExprEvaluate(e, EXPR_RUN_ALL, 0) == 0);
@@ -145,8 +137,7 @@ TEST_CASE("a failing re-run ends the reading run with its code")
     uint32_t reads = e.line(L"x + y");
     REQUIRE(ExprXRef(e) == 0);
     e.a = 0;
-    CHECK(ExprEvaluate(e, reads, 0) == ZOR_DISP_E_DIVBYZERO);
-    CHECK(ExprGetEvalErr(e) == ZOR_DISP_E_DIVBYZERO);
+    CHECK((ExprEvaluate(e, reads, 0) == ZOR_DISP_E_DIVBYZERO && ExprGetEvalErr(e) == ZOR_DISP_E_DIVBYZERO));
     e.a = 1;
     g_code = 0x80041234u;
     CHECK(ExprEvaluate(e, reads, 0) == g_code);
@@ -167,10 +158,7 @@ TEST_CASE("a long chain of dependencies ends in a failure instead of exhausting 
             REQUIRE(e.compile((names[i] + L" = " + names[i - 1] + L" + 1").c_str()) == 0);
         REQUIRE(ExprXRef(e) == 0);
         ZORStatus status = ExprEvaluate(e, e.first, 0);
-        if (links == 300)
-            CHECK((status == 0 && vars.back() == 300));
-        else
-            CHECK(status == EXPR_E_TOO_DEEP);
+        CHECK((links == 300 ? status == 0 && vars.back() == 300 : status == EXPR_E_TOO_DEEP));
     }
 }
 
@@ -181,9 +169,8 @@ TEST_CASE("exhaustion: a failed start records nothing, a failed look-up table st
         AllAllocationsFail fail;
         CHECK(ExprXRefOn(e) == ZOR_E_OUTOFMEMORY);
     }
-    CHECK(e->xrefOn == 0);
     e.line(L"v = 1");
-    CHECK(ExprXRef(e) == 0);
+    CHECK((e->xrefOn == 0 && ExprXRef(e) == 0));
 
     REQUIRE(ExprXRefOn(e) == 0);
     uint32_t assigns = e.line(L"v = 2");
@@ -191,7 +178,6 @@ TEST_CASE("exhaustion: a failed start records nothing, a failed look-up table st
     zor_alloc_probe::fail_nth(1);
     CHECK(ExprXRef(e) == 0);
     zor_alloc_probe::fail_nth(0);
-    CHECK(run_of(e, L"v") == std::vector<int32_t>{int32_t(assigns)});
     e.v = 0;
-    CHECK(e.eval(reads) == 2);
+    CHECK((run_of(e, L"v") == std::vector<int32_t>{int32_t(assigns)} && e.eval(reads) == 2));
 }
