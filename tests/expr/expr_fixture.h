@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "wide_text.h"
 #include "zor_expr.h"
 
 struct ExprOptions {
@@ -69,7 +70,7 @@ public:
 
 using Ops = std::vector<uint32_t>;
 
-// Failure messages show opcode lists and wide texts readably.
+// Failure messages show opcode lists readably.
 namespace doctest {
 template <>
 struct StringMaker<Ops> {
@@ -80,9 +81,5 @@ struct StringMaker<Ops> {
             text += std::to_string(op) + " ";
         return text.c_str();
     }
-};
-template <>
-struct StringMaker<std::wstring> {
-    static String convert(const std::wstring& wide) { return std::string(wide.begin(), wide.end()).c_str(); }
 };
 }

@@ -1,4 +1,4 @@
-// Shared by the FM tests: a guarded print and wide text in failure messages.
+// Shared by the FM tests: the two locales and a guarded print.
 #pragma once
 
 #include <doctest/doctest.h>
@@ -8,20 +8,8 @@
 #include <string>
 
 #include "locale_scope.h"
+#include "wide_text.h"
 #include "zor_fm.h"
-
-namespace doctest {
-template <>
-struct StringMaker<std::wstring> {
-    static String convert(const std::wstring& text)
-    {
-        std::string shown = "\"";
-        for (wchar_t unit : text)
-            shown += unit >= 0x20 && unit < 0x7F ? static_cast<char>(unit) : '?';
-        return (shown + "\"").c_str();
-    }
-};
-}
 
 // Point `.` and separator `,`, as the picture examples assume.
 constexpr const wchar_t* kEnglishLocale = L"English_United States.1252";

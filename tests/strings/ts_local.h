@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "wide_text.h"
 #include "zor_ts.h"
 
 // A TSString in the test's storage, released at scope end.
