@@ -54,7 +54,7 @@ ZORStatus bitfield_op(uint32_t op, void* r, void* xp, const void* yp)
     case EOP_SHLASS: case EOP_SHRASS: return shift(op, x, *static_cast<const int32_t*>(yp), &x);
     case EOP_SHL: case EOP_SHR: return shift(op, x, *static_cast<const int32_t*>(yp), out);
     case EOP_LOR: *truth = (x.hi | x.lo | y.hi | y.lo) != 0; return ZOR_S_OK;
-    case EOP_LAND: *truth = x.hi && x.lo && y.hi && y.lo; return ZOR_S_OK;
+    case EOP_LAND: *truth = (x.hi != 0) & (x.lo != 0) & (y.hi != 0) & (y.lo != 0); return ZOR_S_OK;
     case EOP_EQU: case EOP_NEQ: case EOP_LT: case EOP_GT: case EOP_LEQ: case EOP_GEQ:
         *truth = compared(op, x, y);
         return ZOR_S_OK;

@@ -217,11 +217,13 @@ ZOR_FORCEINLINE ZORStatus numeric_op(uint32_t op, void* r, void* x, const void* 
     case EOP_OR: case EOP_XOR: case EOP_AND: case EOP_SHL: case EOP_SHR: case EOP_ADD:
     case EOP_SUB: case EOP_MUL: case EOP_DIV: case EOP_MOD:
         return compute(kind_of(op), a, y, static_cast<T*>(r));
+    // Both sides are computed values, so no short cut is taken: a branch on
+    // the data would be mispredicted whenever the truth of the left changes.
     case EOP_LOR:
-        *static_cast<int32_t*>(r) = a != T(0) || *static_cast<const T*>(y) != T(0);
+        *static_cast<int32_t*>(r) = (a != T(0)) | (*static_cast<const T*>(y) != T(0));
         return ZOR_S_OK;
     case EOP_LAND:
-        *static_cast<int32_t*>(r) = a != T(0) && *static_cast<const T*>(y) != T(0);
+        *static_cast<int32_t*>(r) = (a != T(0)) & (*static_cast<const T*>(y) != T(0));
         return ZOR_S_OK;
     case EOP_EQU: case EOP_NEQ: case EOP_LT: case EOP_GT: case EOP_LEQ: case EOP_GEQ:
         *static_cast<int32_t*>(r) = compared(op, a, *static_cast<const T*>(y));
