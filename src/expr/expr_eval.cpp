@@ -102,8 +102,9 @@ ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
     if (ip >= count)
         return ZOR_S_OK;
     int32_t* stack = expr->stack;
-    int32_t depth = expr->stackDepth;
-    int32_t size = expr->stackSize;
+    // Pointer-sized, so that indexing the stack needs no widening.
+    intptr_t depth = expr->stackDepth;
+    intptr_t size = expr->stackSize;
     ZORStatus status = ZOR_S_OK;
     auto reload = [&]() {
         code = instructions(expr);
@@ -118,7 +119,7 @@ ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
         if (opcode == EOP_NOP) {
             if (ZOR_UNLIKELY(instr->operand.xrefIndex != -1) &&
                 instr->operand.storage != EXS_Function) {
-                expr->stackDepth = depth;
+                expr->stackDepth = int32_t(depth);
                 status = expr_refresh_variable(expr, instr->operand.xrefIndex, start, userArg);
                 reload();
                 if (status != ZOR_S_OK)
@@ -139,14 +140,14 @@ ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
             if (!runAll)
                 break;
         } else if (opcode == EOP_PAR) {
-            expr->stackDepth = depth;
+            expr->stackDepth = int32_t(depth);
             status = call_user_function(expr, ip, userArg);
             reload();
             if (status != ZOR_S_OK)
                 return status;
         }
         if (ZOR_UNLIKELY(depth >= size)) {
-            expr->stackDepth = depth;
+            expr->stackDepth = int32_t(depth);
             status = grow_stack(expr);
             if (status != ZOR_S_OK)
                 return status;
@@ -157,7 +158,7 @@ ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
         if (++ip >= count)
             break;
     }
-    expr->stackDepth = depth;
+    expr->stackDepth = int32_t(depth);
     return status;
 }
 
