@@ -104,9 +104,11 @@ TEST_CASE("bit fields: two words for logic and ordering, bytes for doubles")
 {
     Sheet e;
     e.b = {0, 1}, e.b2 = {0, 0};
-    // One word zero: false for &&.
+    // One word zero: false for &&; all four words zero: false for ||.
     CHECK((e.num(L"b && b") == 0 && e.num(L"b || b2") == 1 && e.num(L"!b") == 1));
+    CHECK(e.num(L"b2 || b2") == 0);
     e.b = {1, 5}, e.b2 = {2, 3};  // both words must agree
+    CHECK(e.num(L"b && b2") == 1);
     CHECK((e.num(L"b < b2") == 0 && e.num(L"b >= b2") == 0 && e.num(L"b != b2") == 1));
     e.b2 = {2, 6};
     CHECK(e.num(L"b <= b2") == 1);
