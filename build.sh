@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # ZORBaseUx64: cross-build for Windows x64 on Debian, run under Wine.
-#   ./build.sh demo      build, then run the formula workbench's example sheet
+#   ./build.sh demo      build, then run the formula workbench (its example sheet
+#                        without arguments; other zorcalc arguments pass through)
 #   ./build.sh test      build everything and run every test under Wine
 #   ./build.sh build     configure and build only
 #   ./build.sh bench     build and run the benchmarks
@@ -62,13 +63,14 @@ case "$cmd" in
         wine_prefix
         ctest --test-dir "$BUILD_DIR" --output-on-failure -j"$(nproc)" "$@" ;;
     demo)
-        configure_and_build
+        need_packages "${PACKAGES[@]}"
+        # The build's progress would bury the demo; show it only on failure.
+        if ! log="$(configure_and_build 2>&1)"; then
+            echo "$log"
+            exit 1
+        fi
         wine_prefix
-        if [ -f "$BUILD_DIR/bin/zorcalc.exe" ]; then
-            wine "$BUILD_DIR/bin/zorcalc.exe" "$@"
-        else
-            wine "$BUILD_DIR/bin/zormsg.exe" "$@"
-        fi ;;
+        wine "$BUILD_DIR/bin/zorcalc.exe" "$@" ;;
     bench)
         configure_and_build
         wine_prefix

@@ -7,14 +7,11 @@
 #include <stddef.h>
 #include <wchar.h>
 
-// The Universal CRT's counted formatters. Declared here because mingw's
-// headers only show them in UCRT mode, which this build does not define.
+// The Universal CRT's counted wide formatter. Declared here because mingw's
+// headers only show it in UCRT mode, which this build does not define.
 extern "C" int __cdecl __stdio_common_vswprintf(unsigned long long options, wchar_t* buffer,
                                                 size_t count, const wchar_t* format,
                                                 _locale_t locale, va_list args);
-extern "C" int __cdecl __stdio_common_vsprintf(unsigned long long options, char* buffer,
-                                               size_t count, const char* format,
-                                               _locale_t locale, va_list args);
 
 // Data that must lie in a fixed order in the image: both linkers sort the
 // grouped sections .data$<key> by key and pack them without gaps beyond
@@ -57,20 +54,6 @@ inline int counted_swprintf(wchar_t* buffer, size_t count, const wchar_t* format
     va_list args;
     va_start(args, format);
     int n = counted_vswprintf(buffer, count, format, args);
-    va_end(args);
-    return n;
-}
-
-inline int counted_vsprintf(char* buffer, size_t count, const char* format, va_list args)
-{
-    return __stdio_common_vsprintf(kCountedPrintfOptions, buffer, count, format, nullptr, args);
-}
-
-inline int counted_sprintf(char* buffer, size_t count, const char* format, ...)
-{
-    va_list args;
-    va_start(args, format);
-    int n = counted_vsprintf(buffer, count, format, args);
     va_end(args);
     return n;
 }
