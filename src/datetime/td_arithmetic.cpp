@@ -81,9 +81,7 @@ TDDate* TDAdd(TDDate* dst, const TDDate* src)
     uint16_t yearCarry = 0;
     if (m > 12) {
         yearCarry = u16((m - 1u) / 12u);
-        m = u16(m % 12u);
-        if (m == 0)
-            m = 12;
+        m = u16((m - 1u) % 12u + 1u);
     }
     dst->year = u16(y + src->year + yearCarry);
     dst->month = m;

@@ -47,16 +47,6 @@ void read_locale(LCTYPE item, wchar_t* buffer, int units)
 
 using namespace zor_td;
 
-namespace {
-
-uint16_t field_or_now(const TDDate* date, uint16_t TDDate::*field)
-{
-    TDDate now;
-    return or_now(date, &now)->*field;
-}
-
-}
-
 TDDate* TDNew(void)
 {
     TDDate* date = static_cast<TDDate*>(zor_malloc(sizeof(TDDate)));
@@ -105,14 +95,7 @@ int TDInRange(const TDDate* a, const TDDate* b, const TDDate* c)
 TDDate* TDSetInterval(TDDate* date, uint16_t year, uint16_t month, uint16_t day, uint16_t hour,
                       uint16_t minute, uint16_t second, uint16_t milliSeconds)
 {
-    date->year = year;
-    date->month = month;
-    date->dayOfWeek = 0;
-    date->day = day;
-    date->hour = hour;
-    date->minute = minute;
-    date->second = second;
-    date->milliSeconds = milliSeconds;
+    *date = TDDate{year, month, 0, day, hour, minute, second, milliSeconds};
     return date;
 }
 
@@ -137,37 +120,18 @@ int IsLeapYear(uint16_t year)
     return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0 ? 1 : 0;
 }
 
-uint16_t TDGetYears(const TDDate* date)
-{
-    return field_or_now(date, &TDDate::year);
-}
+// The getters read a field as stored, of the current time when `date` is null.
+#define TD_FIELD_GETTER(name, field) \
+    uint16_t name(const TDDate* date) \
+    { \
+        TDDate now; \
+        return or_now(date, &now)->field; \
+    }
 
-uint16_t TDGetMonths(const TDDate* date)
-{
-    return field_or_now(date, &TDDate::month);
-}
-
-uint16_t TDGetDays(const TDDate* date)
-{
-    return field_or_now(date, &TDDate::day);
-}
-
-uint16_t TDGetHours(const TDDate* date)
-{
-    return field_or_now(date, &TDDate::hour);
-}
-
-uint16_t TDGetMinutes(const TDDate* date)
-{
-    return field_or_now(date, &TDDate::minute);
-}
-
-uint16_t TDGetSeconds(const TDDate* date)
-{
-    return field_or_now(date, &TDDate::second);
-}
-
-uint16_t TDGetMilliSeconds(const TDDate* date)
-{
-    return field_or_now(date, &TDDate::milliSeconds);
-}
+TD_FIELD_GETTER(TDGetYears, year)
+TD_FIELD_GETTER(TDGetMonths, month)
+TD_FIELD_GETTER(TDGetDays, day)
+TD_FIELD_GETTER(TDGetHours, hour)
+TD_FIELD_GETTER(TDGetMinutes, minute)
+TD_FIELD_GETTER(TDGetSeconds, second)
+TD_FIELD_GETTER(TDGetMilliSeconds, milliSeconds)

@@ -38,7 +38,9 @@ int without_terminator(int units)
 wchar_t* TDToString(const TDDate* date, const wchar_t* dateFormat, const wchar_t* timeFormat,
                     wchar_t* buffer, int32_t* length)
 {
-    if (buffer && length && *length >= 1)
+    if (!length)
+        return nullptr;
+    if (buffer && *length >= 1)
         buffer[0] = 0;
 
     TDDate now;
@@ -49,8 +51,6 @@ wchar_t* TDToString(const TDDate* date, const wchar_t* dateFormat, const wchar_t
 
     int total = without_terminator(datePart.write(st, nullptr, 0)) +
                 without_terminator(timePart.write(st, nullptr, 0)) + 1;
-    if (!length)
-        return nullptr;
     if (!buffer || *length < total) {
         *length = total;
         return nullptr;

@@ -15,11 +15,16 @@ struct FieldLetter {
     wchar_t letter;
     Field field;
     int maxRun;  // letters beyond this start a repetition of the field
+    // Where a number or a month name is stored, and the values it may take.
+    uint16_t TDDate::*target;
+    unsigned low, high;
 };
 
 const FieldLetter kLetters[] = {
-    {L'd', kDay, 4},  {L'M', kMonth, 4},  {L'y', kYear, 4},   {L'H', kHour, 2},
-    {L'h', kHour, 2}, {L'm', kMinute, 2}, {L's', kSecond, 2}, {L't', kAmPm, 2},
+    {L'd', kDay, 4, &TDDate::day, 1, 31},         {L'M', kMonth, 4, &TDDate::month, 1, 12},
+    {L'y', kYear, 4, &TDDate::year, 0, 0},        {L'H', kHour, 2, &TDDate::hour, 0, 23},
+    {L'h', kHour, 2, &TDDate::hour, 0, 11},       {L'm', kMinute, 2, &TDDate::minute, 0, 59},
+    {L's', kSecond, 2, &TDDate::second, 0, 59},   {L't', kAmPm, 2, nullptr, 0, 0},
 };
 
 const FieldLetter* find_letter(wchar_t unit)
@@ -72,7 +77,7 @@ public:
 
 private:
     bool met(Field field) const { return (m_met & (1u << field)) != 0; }
-    void read_field(wchar_t letter, int run);
+    void read_field(const FieldLetter& entry, int run);
     unsigned read_number(int maxDigits);
     int read_name(int run, const NameList& shortNames, const NameList& fullNames);
     void read_am_pm(int run);
@@ -112,7 +117,7 @@ bool PictureReader::read(const wchar_t* picture)
             ++run;
         p += run;
         m_met |= 1u << entry->field;
-        read_field(entry->letter, run);
+        read_field(*entry, run);
     }
 
     if (!m_error && met(kAmPm)) {
@@ -128,56 +133,27 @@ bool PictureReader::read(const wchar_t* picture)
     return !m_error;
 }
 
-void PictureReader::read_field(wchar_t letter, int run)
+void PictureReader::read_field(const FieldLetter& entry, int run)
 {
-    // Hours, minutes and seconds: the largest value each clock allows.
-    auto clock_field = [this](uint16_t& field, unsigned limit) {
-        unsigned value = read_number(2);
-        if (value > limit)
-            m_error = true;
-        field = static_cast<uint16_t>(value);
-    };
-
-    switch (letter) {
-    case L'd':
-        if (run >= 3) {
-            // The names run from Monday, so the seventh place is Sunday, 0.
-            m_work.dayOfWeek =
-                static_cast<uint16_t>(read_name(run, kShortDayNames, kFullDayNames) % 7);
-        } else {
-            unsigned day = read_number(2);
-            if (day == 0 || day > 31)
-                m_error = true;
-            m_work.day = static_cast<uint16_t>(day);
-        }
-        break;
-    case L'M': {
-        unsigned month =
-            run >= 3 ? unsigned(read_name(run, kShortMonthNames, kFullMonthNames)) : read_number(2);
-        if (month == 0 || month > 12)
-            m_error = true;
-        m_work.month = static_cast<uint16_t>(month);
-        break;
-    }
-    case L'y':
-        m_work.year = static_cast<uint16_t>(run >= 3 ? read_number(4) : read_number(2) + 2000);
-        break;
-    case L'H':
-        clock_field(m_work.hour, 23);
-        break;
-    case L'h':
-        clock_field(m_work.hour, 11);
-        break;
-    case L'm':
-        clock_field(m_work.minute, 59);
-        break;
-    case L's':
-        clock_field(m_work.second, 59);
-        break;
-    case L't':
+    if (entry.field == kAmPm) {
         read_am_pm(run);
-        break;
+        return;
     }
+    if (entry.field == kYear) {
+        m_work.year = static_cast<uint16_t>(run >= 3 ? read_number(4) : read_number(2) + 2000);
+        return;
+    }
+    if (run >= 3 && entry.field == kDay) {
+        // The names run from Monday, so the seventh place is Sunday, 0.
+        m_work.dayOfWeek = static_cast<uint16_t>(read_name(run, kShortDayNames, kFullDayNames) % 7);
+        return;
+    }
+    // Only the month reads a name from here on: the clock letters run to two.
+    unsigned value = run >= 3 ? unsigned(read_name(run, kShortMonthNames, kFullMonthNames))
+                              : read_number(2);
+    if (value < entry.low || value > entry.high)
+        m_error = true;
+    m_work.*entry.target = static_cast<uint16_t>(value);
 }
 
 void PictureReader::skip_until(int (*wanted)(wint_t))

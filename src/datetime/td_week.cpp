@@ -49,11 +49,11 @@ uint16_t TDGetWeekOfYear(const TDDate* date)
 {
     TDDate now;
     const TDDate& d = *or_now(date, &now);
-    int nextJan1 = jan1_from_monday(d, static_cast<uint16_t>(d.year + 1u));
-    int thisJan1 = jan1_from_monday(d, d.year);
     int yday = TDGetDayOfYear(&d);
     if (yday == 0)
         return 0;
+    int nextJan1 = jan1_from_monday(d, static_cast<uint16_t>(d.year + 1u));
+    int thisJan1 = jan1_from_monday(d, d.year);
 
     wchar_t rule[10];
     read_locale(LOCALE_IFIRSTWEEKOFYEAR, rule, 10);
