@@ -132,13 +132,10 @@ TSString* TSSetStr(TSString* ts, const wchar_t* text)
 
 TSString* TSSetStrN(TSString* ts, const wchar_t* text, int32_t n)
 {
-    if (n == 0)
-        return TSInit(ts);
-    if (!resize_block(ts, n + 1))
+    if (!TSSetLen(ts, n))
         return nullptr;
-    memmove(ts->data, text, size_t(n) * sizeof(wchar_t));
-    ts->data[n] = 0;
-    ts->size = n + 1;
+    if (n)
+        memmove(ts->data, text, size_t(n) * sizeof(wchar_t));
     return ts;
 }
 
@@ -153,15 +150,7 @@ TSString* TSSetLen(TSString* ts, int32_t n)
     return ts;
 }
 
-TSString* TSFromCh(TSString* ts, wchar_t ch)
-{
-    if (!resize_block(ts, 2))
-        return nullptr;
-    ts->data[0] = ch;
-    ts->data[1] = 0;
-    ts->size = 2;
-    return ts;
-}
+TSString* TSFromCh(TSString* ts, wchar_t ch) { return TSSetStrN(ts, &ch, 1); }
 
 TSString* TSCStr(TSString* ts, double value, const wchar_t* format)
 {

@@ -2,7 +2,7 @@
 // platform formatting.
 #include "zor_ts.h"
 
-#include <windows.h>
+#include "../datetime/td_calendar.h"
 
 namespace {
 
@@ -13,11 +13,10 @@ constexpr int32_t kDateUnits = 100;
 
 TSString* TSFromDate(TSString* ts, const TDDate* date)
 {
-    wchar_t pattern[kDateUnits] = {};
-    bool known = GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SSHORTDATE, pattern, kDateUnits) ||
-                 GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_SSHORTDATE, pattern, kDateUnits);
+    wchar_t pattern[kDateUnits];
+    zor_td::read_locale(LOCALE_SSHORTDATE, pattern, kDateUnits);
     wchar_t text[kDateUnits] = {};
     int32_t length = kDateUnits;
-    TDToString(date, known ? pattern : L"yyyy-MM-dd", nullptr, text, &length);
+    TDToString(date, pattern[0] ? pattern : L"yyyy-MM-dd", nullptr, text, &length);
     return TSSetStr(ts, text);
 }

@@ -2,6 +2,8 @@
 // first, so that every early return leaves it empty rather than stale.
 #include "zor_ts.h"
 
+#include <algorithm>
+
 TSString* TSLeft(TSString* dst, const TSString* src, int32_t n)
 {
     TSInit(dst);
@@ -29,21 +31,12 @@ TSString* TSMid(TSString* dst, const TSString* src, int32_t start, int32_t count
     int32_t length = TSGetLen(src);
     // 64 bits: start + count must not wrap for counts near the 32-bit limit.
     int64_t from = start < 0 ? int64_t(start) + length : start;
-    int64_t n = count;
-    if (from < 0) {
-        // The range begins before the text: keep only what lies inside it.
-        if (n > 0) {
-            n += from;
-            if (n <= 0)
-                return dst;
-        }
-        from = 0;
-    }
-    if (TSEmpty(src) || from >= src->size)
+    int64_t to = count < 0 ? length : from + count;
+    from = std::max<int64_t>(from, 0);
+    to = std::min<int64_t>(to, length);
+    if (from >= to)
         return dst;
-    if (n < 0 || from + n > length)
-        n = length - from;
-    return TSSetStrN(dst, src->data + from, int32_t(n));
+    return TSSetStrN(dst, src->data + from, int32_t(to - from));
 }
 
 TSString* TSSubStr(TSString* dst, const TSString* src, int32_t start, int32_t count)
