@@ -231,7 +231,8 @@ ZOR_API ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userA
    - Assigning to one bit of a bit field ("b[3] = 1", "b[3] |= 1", "b[3]++")
      gives E_UNEXPECTED and leaves the field as it was: a bit has no address.
    - A conversion into the type it starts from is never compiled; run by hand
-     it gives E_UNEXPECTED, like a source type the conversion doesn't take. */
+     it fails like a source type the conversion doesn't take: E_UNEXPECTED,
+     into a string E_INVALID_DATA. */
 
 /* Pop the top entry and give its value in place; the pointer is valid until
    a run passes that instruction again. ExprPopArgument also gives the

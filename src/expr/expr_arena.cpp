@@ -24,6 +24,15 @@ uint32_t number_size(uint32_t type)
     }
 }
 
+// A new value holds its initial bytes or zeroes.
+void fill(void* slot, const void* init, size_t size)
+{
+    if (init)
+        memcpy(slot, init, size);
+    else
+        memset(slot, 0, size);
+}
+
 // Grows the arena by one step. Instructions that point into the used part
 // of the old block are carried along; nothing else can point there, because
 // the arena is only handed out through instructions.
@@ -56,10 +65,7 @@ ZORStatus new_number(ExprContext* expr, uint32_t type, const void* init, ExprOpe
         return ZOR_E_OUTOFMEMORY;
     uint8_t* slot = expr->dataArena + expr->dataArenaUsed;
     expr->dataArenaUsed += rounded;
-    if (init)
-        memcpy(slot, init, size);
-    else
-        memset(slot, 0, size);
+    fill(slot, init, size);
     out->value = slot;
     out->storage = EXS_Plain;
     return ZOR_S_OK;
@@ -99,10 +105,7 @@ ZORStatus expr_new_value(ExprContext* expr, uint32_t type, const void* init, Exp
         void* block = zor_malloc(sizeof(ExprBitField));
         if (!block)
             return ZOR_E_OUTOFMEMORY;
-        if (init)
-            memcpy(block, init, sizeof(ExprBitField));
-        else
-            memset(block, 0, sizeof(ExprBitField));
+        fill(block, init, sizeof(ExprBitField));
         out->value = block;
         out->storage = EXS_BitField;
         return ZOR_S_OK;

@@ -520,8 +520,7 @@ ZORStatus Compiler::member(uint32_t opcode)
     advance();
     if (token() != SYM_IDENT)
         return fail_at_token(ZOR_E_IDENTIFIER_REQUIRED);
-    ExprSymbol key = {token_text(), {}};
-    const ExprSymbol* symbol = static_cast<const ExprSymbol*>(BTSearch(m_expr->symbols, &key));
+    const ExprSymbol* symbol = expr_find_symbol(m_expr, token_text());
     ZORStatus status = symbol ? emit_operand(EOP_NOP, symbol->operand) : ZOR_S_OK;
     if (status == ZOR_S_OK)
         status = emit(opcode, 0, nullptr);

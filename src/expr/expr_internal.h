@@ -8,6 +8,9 @@
 // an assignable expression is storage != EXS_Const. Never written.
 extern ExprOperand g_exprNoLValue;
 
+// The symbol of that name, by the object's own name comparison, or null.
+ExprSymbol* expr_find_symbol(ExprContext* expr, const wchar_t* name);
+
 // Every constant and temporary the compiler makes comes from here: a value of
 // `type`, filled from `init` (text for strings, the record for dates and bit
 // fields, the number otherwise) or zero. Number slots lie in the data arena;

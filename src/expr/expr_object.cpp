@@ -23,12 +23,6 @@ int compare_names_blind(const void* key, const void* elem)
                     static_cast<const ExprSymbol*>(elem)->name);
 }
 
-ExprSymbol* find_symbol(ExprContext* expr, const wchar_t* name)
-{
-    ExprSymbol key = {name, {}};
-    return static_cast<ExprSymbol*>(BTSearch(expr->symbols, &key));
-}
-
 ZORStatus add_symbol(ExprContext* expr, const wchar_t* name, const ExprOperand& operand)
 {
     const ExprSymbol symbol = {name, operand};
@@ -37,7 +31,7 @@ ZORStatus add_symbol(ExprContext* expr, const wchar_t* name, const ExprOperand& 
 
 ZORStatus define(ExprContext* expr, void* value, const wchar_t* name, uint32_t type, uint32_t storage)
 {
-    if (find_symbol(expr, name))
+    if (expr_find_symbol(expr, name))
         return ZOR_TYPE_E_NAMECONFLICT;
     return add_symbol(expr, name, ExprOperand{value, type, storage, -1, 0});
 }
@@ -60,6 +54,12 @@ void destroy_tables(ExprContext* expr)
 
 }
 
+ExprSymbol* expr_find_symbol(ExprContext* expr, const wchar_t* name)
+{
+    ExprSymbol key = {name, {}};
+    return static_cast<ExprSymbol*>(BTSearch(expr->symbols, &key));
+}
+
 ZORStatus ExprInit(ExprContext* expr, uint32_t maxIdentLen, uint32_t bufferLen, uint32_t ignoreCase,
                    uint32_t mode, const wchar_t* terminators, uint32_t autoFetch,
                    ExprNextSymFn nextSymFn, ExprGetSymFn getSymFn, ExprGetAlphaFn getAlphaFn,
@@ -71,10 +71,8 @@ ZORStatus ExprInit(ExprContext* expr, uint32_t maxIdentLen, uint32_t bufferLen, 
     if (expr->symbols) {
         expr->code = DACreate(sizeof(ExprInstr), 10);
         expr->argTypes = DACreate(sizeof(uint32_t), 10);
-        expr->xrefTree = BTCreate(expr_xref_compare, sizeof(ExprXRefRecord));
-        expr->xrefList = DACreate(sizeof(int32_t), 10);
     }
-    if (!expr->code || !expr->argTypes || !expr->xrefTree || !expr->xrefList) {
+    if (!expr->code || !expr->argTypes || !expr_xref_new_tables(expr)) {
         destroy_tables(expr);
         return ZOR_E_OUTOFMEMORY;
     }
@@ -126,7 +124,7 @@ ZORStatus ExprDefineConst(ExprContext* expr, const void* value, const wchar_t* n
 ZORStatus ExprDefineFn(ExprContext* expr, ExprUserFn fn, const wchar_t* name, uint32_t resultType,
                        uint32_t argCount, ...)
 {
-    if (find_symbol(expr, name))
+    if (expr_find_symbol(expr, name))
         return ZOR_TYPE_E_NAMECONFLICT;
     const int32_t first = DAGetSize(expr->argTypes);
     va_list args;
@@ -147,7 +145,7 @@ ZORStatus ExprDefineFn(ExprContext* expr, ExprUserFn fn, const wchar_t* name, ui
 
 ExprOperand* ExprLookUp(ExprContext* expr, const wchar_t* name)
 {
-    ExprSymbol* symbol = find_symbol(expr, name);
+    ExprSymbol* symbol = expr_find_symbol(expr, name);
     if (!symbol) {
         expr->errorText = name;
         return nullptr;
@@ -157,7 +155,7 @@ ExprOperand* ExprLookUp(ExprContext* expr, const wchar_t* name)
 
 ExprOperand* ExprVarLookUp(ExprContext* expr, const wchar_t* name)
 {
-    ExprSymbol* symbol = find_symbol(expr, name);
+    ExprSymbol* symbol = expr_find_symbol(expr, name);
     if (!symbol || symbol->operand.storage != EXS_Plain) {
         expr->errorText = name;
         return nullptr;

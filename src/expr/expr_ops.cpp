@@ -42,9 +42,7 @@ ZORStatus truth_operator(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr*
         return value_op<Op, EXT_Long>(r, left, right_value);
     switch (type) {
     case EXT_Char: return value_op<Op, EXT_Char>(r, left, right_value);
-    case EXT_Long: return value_op<Op, EXT_Long>(r, left, right_value);
     case EXT_ULong: return value_op<Op, EXT_ULong>(r, left, right_value);
-    case EXT_Double: return value_op<Op, EXT_Double>(r, left, right_value);
     case EXT_BitField: return value_op<Op, EXT_BitField>(r, left, right_value);
     case EXT_String: return value_op<Op, EXT_String>(r, left, right_value);
     case EXT_Date: return value_op<Op, EXT_Date>(r, left, right_value);
@@ -99,11 +97,13 @@ ZORStatus conversion(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr*)
                            : Op == EOP_TO_ULONG ? EXT_ULong
                            : Op == EOP_TO_DOUBLE ? EXT_Double
                            : EXT_Void;
-    if constexpr (kIsNumber<kTo> && kIsNumber<From>)
+    if constexpr (!kIsNumber<kTo>)
+        return value_convert(Op, From, self->operand.value, x->operand.value);
+    else if constexpr (kIsNumber<From>)
         return convert_number<typename Number<kTo>::type, typename Number<From>::type>(
             self->operand.value, x->operand.value);
     else
-        return value_convert(Op, From, self->operand.value, x->operand.value);
+        return From == EXT_Void ? ZOR_S_OK : ZOR_E_UNEXPECTED;
 }
 
 ZORStatus not_implemented(ExprContext*, ExprInstr*, ExprInstr*, ExprInstr*)

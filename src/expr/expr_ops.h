@@ -73,6 +73,6 @@ void expr_record_assignment(ExprContext* expr, ExprOperand* target);
 ZORStatus expr_refresh_variable(ExprContext* expr, int32_t xrefIndex, uint32_t start,
                                 intptr_t userArg);
 
-// Orders ExprXRefRecord elements of xrefTree: by variable address, then
-// sequence. ExprInit creates the tree with it.
-int expr_xref_compare(const void* key, const void* elem);
+// Replaces xrefTree and xrefList by new, empty ones (ExprInit and
+// ExprXRefOn); false when either could not be made.
+bool expr_xref_new_tables(ExprContext* expr);

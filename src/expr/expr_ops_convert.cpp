@@ -1,5 +1,4 @@
-// The six conversions. None tests for range; the number rules are shared
-// with the run loop's inline dispatch.
+// The conversions into a bit field and into a string; none tests for range.
 #include <string.h>
 
 #include "expr_ops_values.h"
@@ -7,18 +6,6 @@
 
 namespace zor_expr {
 namespace {
-
-template <class To>
-ZORStatus to_number(uint32_t from, void* r, const void* x)
-{
-    switch (from) {
-    case EXT_Char: return convert_number<To, uint16_t>(r, x);
-    case EXT_Long: return convert_number<To, int32_t>(r, x);
-    case EXT_ULong: return convert_number<To, uint32_t>(r, x);
-    case EXT_Double: return convert_number<To, double>(r, x);
-    default: return ZOR_E_UNEXPECTED;
-    }
-}
 
 // An integer source goes into the low word; a double keeps its bytes, so the
 // field holds the bit pattern, not a number.
@@ -45,15 +32,7 @@ ZORStatus value_convert(uint32_t op, uint32_t from, void* r, const void* x)
                    ? ZOR_S_OK
                    : ZOR_E_OUTOFMEMORY;
     }
-    if (from == EXT_Void || from > EXT_Date)
-        return ZOR_S_OK;
-    switch (op) {
-    case EOP_TO_CHAR: return to_number<uint16_t>(from, r, x);
-    case EOP_TO_LONG: return to_number<int32_t>(from, r, x);
-    case EOP_TO_ULONG: return to_number<uint32_t>(from, r, x);
-    case EOP_TO_DOUBLE: return to_number<double>(from, r, x);
-    default: return to_bitfield(from, r, x);
-    }
+    return from == EXT_Void ? ZOR_S_OK : to_bitfield(from, r, x);
 }
 
 }

@@ -35,7 +35,7 @@ ZORStatus object_op(uint32_t op, void* r, void* xp, const void* yp)
             return done(copy(out, x) && TDSubst(out, y) ? out : nullptr);
         return ZOR_E_UNEXPECTED;
     case EOP_EQU: case EOP_NEQ: case EOP_LT: case EOP_GT: case EOP_LEQ: case EOP_GEQ:
-        *static_cast<int32_t*>(r) = order_matches(op, order(x, y));
+        *static_cast<int32_t*>(r) = numeric::compared(op, order(x, y), 0);
         return ZOR_S_OK;
     default: return ZOR_E_UNEXPECTED;
     }

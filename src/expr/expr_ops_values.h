@@ -53,22 +53,8 @@ ZOR_FORCEINLINE ZORStatus value_op(void* r, void* x, const void* y)
         return ZOR_S_OK;
 }
 
-// r of the conversion's target type from x of type `from`.
+// r of a bit field or a string from x of type `from`; the number targets
+// are converted inline by the run loop's handlers.
 ZORStatus value_convert(uint32_t op, uint32_t from, void* r, const void* x);
-
-// Comparisons turn TSCmp and TDCmp's -1, 0, 1 into the answer.
-inline int32_t order_matches(uint32_t op, int order)
-{
-    switch (op) {
-    case EOP_EQU: return order == 0;
-    case EOP_NEQ: return order != 0;
-    case EOP_LT: return order == -1;
-    case EOP_GT: return order == 1;
-    case EOP_LEQ: return order != 1;
-    default: return order != -1;
-    }
-}
-
-inline bool is_comparison(uint32_t op) { return op >= EOP_EQU && op <= EOP_GEQ; }
 
 }

@@ -113,9 +113,8 @@ void unlink_all(ExprContext* expr)
             code[i].operand.xrefIndex = -1;
 }
 
-}
-
-int expr_xref_compare(const void* key, const void* elem)
+// By variable address, then sequence.
+int compare_records(const void* key, const void* elem)
 {
     const ExprXRefRecord* a = static_cast<const ExprXRefRecord*>(key);
     const ExprXRefRecord* b = static_cast<const ExprXRefRecord*>(elem);
@@ -124,21 +123,24 @@ int expr_xref_compare(const void* key, const void* elem)
     return int32_t(a->sequence - b->sequence);
 }
 
-ZORStatus ExprXRefOn(ExprContext* expr)
+}
+
+bool expr_xref_new_tables(ExprContext* expr)
 {
-    unlink_all(expr);
     if (expr->xrefTree)
         BTDestroy(expr->xrefTree, nullptr);
     if (expr->xrefList)
         DADestroy(expr->xrefList);
-    expr->xrefTree = BTCreate(expr_xref_compare, sizeof(ExprXRefRecord));
+    expr->xrefTree = BTCreate(compare_records, sizeof(ExprXRefRecord));
     expr->xrefList = DACreate(sizeof(int32_t), 10);
-    if (!expr->xrefTree || !expr->xrefList) {
-        expr->xrefOn = 0;
-        return ZOR_E_OUTOFMEMORY;
-    }
-    expr->xrefOn = 1;
-    return ZOR_S_OK;
+    return expr->xrefTree && expr->xrefList;
+}
+
+ZORStatus ExprXRefOn(ExprContext* expr)
+{
+    unlink_all(expr);
+    expr->xrefOn = expr_xref_new_tables(expr) ? 1 : 0;
+    return expr->xrefOn ? ZOR_S_OK : ZOR_E_OUTOFMEMORY;
 }
 
 void ExprXRefOff(ExprContext* expr)
