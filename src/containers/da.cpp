@@ -14,8 +14,7 @@ unsigned char* slot(const DA* da, int32_t index)
     return da->data + static_cast<ptrdiff_t>(index) * da->elemSize;
 }
 
-// Byte offset of `elem` inside the block, or -1 when it lies elsewhere; lets
-// a caller pass one of the array's own elements across a reallocation.
+// Byte offset of `elem` inside the block, or -1 when it lies elsewhere.
 int64_t offset_in_block(const DA* da, const void* elem)
 {
     uintptr_t p = reinterpret_cast<uintptr_t>(elem);
@@ -25,26 +24,19 @@ int64_t offset_in_block(const DA* da, const void* elem)
 }
 
 // One reallocation to `capacity` slots; on failure the array is untouched.
-bool grow_to(DA* da, int64_t capacity)
+// `elem` follows the block when it points into it, so that a caller may pass
+// one of the array's own elements.
+bool grow_to(DA* da, int64_t capacity, const void** elem)
 {
     int64_t bytes = capacity * da->elemSize;
     if (bytes > kMaxBlockBytes)
         return false;
+    int64_t offset = offset_in_block(da, *elem);
     void* block = zor_realloc(da->data, static_cast<size_t>(bytes));
     if (!block)
         return false;
     da->data = static_cast<unsigned char*>(block);
     da->capacity = static_cast<int32_t>(capacity);
-    return true;
-}
-
-// Grows as DASetElem does: whole steps, as many as it takes to hold `index`.
-bool grow_to_hold(DA* da, int32_t index, const void** elem)
-{
-    int64_t steps = (static_cast<int64_t>(index) - da->capacity) / da->growth + 1;
-    int64_t offset = offset_in_block(da, *elem);
-    if (!grow_to(da, da->capacity + steps * da->growth))
-        return false;
     if (offset >= 0)
         *elem = da->data + offset;
     return true;
@@ -98,11 +90,13 @@ void* DAAddElem(DA* da, const void* elem)
 
 void* DASetElem(DA* da, int32_t index, const void* elem)
 {
-    if (index >= da->capacity) {
-        if (!grow_to_hold(da, index, &elem))
-            return nullptr;
-    } else if (index < 0) {
+    if (index < 0)
         return nullptr;
+    if (index >= da->capacity) {
+        // Whole steps, as many as it takes to hold `index`.
+        int64_t steps = (static_cast<int64_t>(index) - da->capacity) / da->growth + 1;
+        if (!grow_to(da, da->capacity + steps * da->growth, &elem))
+            return nullptr;
     }
     if (index >= da->count)
         da->count = index + 1;
@@ -118,18 +112,16 @@ void* DAInsertElem(DA* da, int32_t index, const void* elem)
     if (index < 0)
         return nullptr;
     // One slot earlier than DAAddElem grows: callers rely on this step.
-    int64_t offset = offset_in_block(da, elem);
-    if (da->count + 1 >= da->capacity && !grow_to(da, static_cast<int64_t>(da->capacity) + da->growth))
+    if (da->count + 1 >= da->capacity
+        && !grow_to(da, static_cast<int64_t>(da->capacity) + da->growth, &elem))
         return nullptr;
     unsigned char* target = slot(da, index);
+    // The source may itself lie in the tail that moves up by one.
+    if (offset_in_block(da, elem) >= static_cast<int64_t>(index) * da->elemSize)
+        elem = static_cast<const unsigned char*>(elem) + da->elemSize;
     memmove(target + da->elemSize, target,
             static_cast<size_t>(da->count - index) * static_cast<size_t>(da->elemSize));
     ++da->count;
-    if (offset >= 0) {
-        // The source may itself have been part of the shifted tail.
-        int64_t shifted = offset >= static_cast<int64_t>(index) * da->elemSize ? da->elemSize : 0;
-        elem = da->data + offset + shifted;
-    }
     memmove(target, elem, static_cast<size_t>(da->elemSize));
     return target;
 }

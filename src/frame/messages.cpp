@@ -4,13 +4,13 @@
 #include "zor_platform.h"
 
 namespace {
-// 0xFF: maximum width mask, so the CR LF that ends every catalogue text is
-// dropped and no new line breaks are made.
+// 0xFF: maximum width mask, so that the formatter makes no line breaks of
+// its own.
 constexpr DWORD kFromModuleAndSystem = FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_FROM_SYSTEM | 0xFF;
 constexpr DWORD kFromSystem = FORMAT_MESSAGE_FROM_SYSTEM | 0xFF;
 
-// With the width mask the formatter turns the closing CR LF of a message into
-// a space instead of dropping it; the caller is to get the bare text.
+// With the width mask the formatter turns the CR LF that closes every message
+// into a space instead of dropping it; the caller is to get the bare text.
 void trim_line_break(wchar_t* buffer, DWORD length)
 {
     while (length > 0 && (buffer[length - 1] == L' ' || buffer[length - 1] == L'\r' ||

@@ -14,36 +14,32 @@ bool next_request_fails()
     LONG n = InterlockedIncrement(&g_requests);
     return g_failAll || (g_failAt != 0 && n == g_failAt);
 }
+
+void* counted(void* block)
+{
+    if (block)
+        InterlockedIncrement(&g_live);
+    return block;
+}
 }
 
 void* zor_malloc(size_t bytes)
 {
-    if (next_request_fails())
-        return nullptr;
-    void* p = malloc(bytes);
-    if (p)
-        InterlockedIncrement(&g_live);
-    return p;
+    return next_request_fails() ? nullptr : counted(malloc(bytes));
 }
 
 void* zor_calloc(size_t count, size_t bytes)
 {
-    if (next_request_fails())
-        return nullptr;
-    void* p = calloc(count, bytes);
-    if (p)
-        InterlockedIncrement(&g_live);
-    return p;
+    return next_request_fails() ? nullptr : counted(calloc(count, bytes));
 }
 
 void* zor_realloc(void* block, size_t bytes)
 {
     if (next_request_fails())
         return nullptr;
-    void* p = realloc(block, bytes);
-    if (p && !block)
-        InterlockedIncrement(&g_live);
-    return p;
+    void* moved = realloc(block, bytes);
+    // A block that is resized was counted when it was first handed out.
+    return block ? moved : counted(moved);
 }
 
 void zor_free(void* block)
