@@ -1,6 +1,7 @@
 #include "zor_fsc.h"
 
 #include "fsc_scanner.h"
+#include "scanner_shared.h"
 
 namespace {
 
@@ -14,18 +15,6 @@ bool is_sign(wchar_t unit)
     return unit == L'+' || unit == L'-';
 }
 
-// Value of a digit in bases up to 16, or 16 for anything else.
-uint32_t digit_value(wchar_t unit)
-{
-    if (unit >= L'0' && unit <= L'9')
-        return static_cast<uint32_t>(unit - L'0');
-    if (unit >= L'a' && unit <= L'f')
-        return static_cast<uint32_t>(unit - L'a' + 10);
-    if (unit >= L'A' && unit <= L'F')
-        return static_cast<uint32_t>(unit - L'A' + 10);
-    return 16;
-}
-
 class PieceReader {
 public:
     explicit PieceReader(FScScanner* fsc) : m(*fsc) { m.alphaLen = 0; }
@@ -33,6 +22,12 @@ public:
     int32_t read();
 
 private:
+    int32_t finish(int32_t sym)
+    {
+        m.alpha[m.alphaLen] = 0;
+        m.sym = sym;
+        return sym;
+    }
     wchar_t peek() const { return m.text[m.column]; }
     // A zero unit inside a line of given length is text; the line never
     // extends past a zero unit at or behind that length.
@@ -54,32 +49,31 @@ int32_t PieceReader::read()
 {
     bool haveText = false;
     bool inSlash = false;  // the text so far is a slash and blanks
-    int32_t sym = FSC_CONSTANT;
     for (;;) {
         wchar_t c = peek();
-        if (c == 0 && (haveText || at_line_end())) {
-            sym = haveText ? FSC_CONSTANT : FSC_EOL;
-            break;
-        }
-        bool opensPlaceholder = is_picture_digit(c) || is_sign(c) || c == L'&' || c == L'^';
-        if (haveText && c == L'/' && inSlash) {
+        if (c == 0 && (haveText || at_line_end()))
+            return finish(haveText ? FSC_CONSTANT : FSC_EOL);
+        bool startsPicture = is_picture_digit(c) || is_sign(c);
+        bool single = c == L'&' || c == L'^';
+        if (haveText) {
+            if (c == L'/' && inSlash) {
+                take();
+                return finish(FSC_STRING);
+            }
+            // A placeholder stands alone: the text in front of it goes first.
+            if (startsPicture || single || c == L'/')
+                return finish(FSC_CONSTANT);
+        } else if (startsPicture) {
+            if (int32_t sym = read_picture())
+                return finish(sym);
+            // A sign with no digit behind it has been taken as text.
+            haveText = true;
+            continue;
+        } else if (single) {
             take();
-            sym = FSC_STRING;
-            break;
+            return finish(c == L'&' ? FSC_CHAR : FSC_VARIANT);
         }
-        // A placeholder stands alone: the text in front of it goes first.
-        if (haveText && (opensPlaceholder || c == L'/'))
-            break;
-        if (!haveText && (is_picture_digit(c) || is_sign(c))) {
-            sym = read_picture();
-            if (sym)
-                break;
-            sym = FSC_CONSTANT;  // a sign with no digit behind it is text
-        } else if (!haveText && (c == L'&' || c == L'^')) {
-            take();
-            sym = c == L'&' ? FSC_CHAR : FSC_VARIANT;
-            break;
-        } else if (c == L'\\') {
+        if (c == L'\\') {
             ++m.column;
             append(read_escape());
             inSlash = false;
@@ -89,9 +83,6 @@ int32_t PieceReader::read()
         }
         haveText = true;
     }
-    m.alpha[m.alphaLen] = 0;
-    m.sym = sym;
-    return sym;
 }
 
 // A number picture from its first unit; 0 when no digit follows the sign,
@@ -136,28 +127,22 @@ wchar_t PieceReader::read_escape()
     if (at_line_end())
         return L'\\';
     wchar_t d = m.text[m.column++];
-    switch (d) {
-    case L'a': return 7;
-    case L'b': return 8;
-    case L'f': return 12;
-    case L'n': return 10;
-    case L'r': return 13;
-    case L't': return 9;
-    case L'v': return 11;
-    case L'0': return read_number(8, 3, 0);
-    case L'x': return read_number(16, UINT32_MAX, 0);
-    default:
-        if (d >= L'1' && d <= L'9')
-            return read_number(10, 3, static_cast<uint32_t>(d - L'0'));
-        return d;
-    }
+    if (wchar_t control = scanner::control_escape(d))
+        return control;
+    if (d == L'0')
+        return read_number(8, 3, 0);
+    if (d == L'x')
+        return read_number(16, UINT32_MAX, 0);
+    if (d >= L'1' && d <= L'9')
+        return read_number(10, 3, static_cast<uint32_t>(d - L'0'));
+    return d;
 }
 
 // Wraps in 32 bits, which keeps the low 16 bits that the result is cut to.
 wchar_t PieceReader::read_number(uint32_t base, uint32_t maxDigits, uint32_t value)
 {
-    for (uint32_t n = 0; n < maxDigits && digit_value(peek()) < base; ++n)
-        value = value * base + digit_value(m.text[m.column++]);
+    for (uint32_t n = 0; n < maxDigits && scanner::digit_value(peek()) < base; ++n)
+        value = value * base + scanner::digit_value(m.text[m.column++]);
     return static_cast<wchar_t>(value & 0xFFFFu);
 }
 

@@ -3,19 +3,11 @@
 
 #include "../frame/zor_alloc.h"
 #include "fsc_scanner.h"
+#include "scanner_shared.h"
 
 namespace {
 
-struct Description {
-    int32_t sym;
-    const wchar_t* text;
-};
-
-// Key of the row that ends the search; its null text answers every code
-// without a row of its own.
-constexpr int32_t kEndOfTable = 31333;
-
-constexpr Description kDescriptions[] = {
+constexpr scanner::CodeDescription kDescriptions[] = {
     {FSC_EOL, L"EOL"},
     {FSC_CONSTANT, L"STRING/CHAR constant"},
     {FSC_CHAR, L"CHAR placeholder"},
@@ -23,7 +15,7 @@ constexpr Description kDescriptions[] = {
     {FSC_VARIANT, L"VARIANT placeholder "},
     {FSC_INTEGER, L"INTEGER placeholder"},
     {FSC_DOUBLE, L"DOUBLE placeholder"},
-    {kEndOfTable, nullptr},
+    {scanner::kEndOfDescriptions, nullptr},
 };
 
 }
@@ -82,10 +74,7 @@ uint32_t FScGetColumnNo(const FScScanner* fsc)
 
 const wchar_t* FScGetSymDescription(int32_t sym)
 {
-    const Description* row = kDescriptions;
-    while (row->sym != sym && row->sym != kEndOfTable)
-        ++row;
-    return row->text;
+    return scanner::find_description(kDescriptions, sym);
 }
 
 int32_t FScIsPlaceholder(int32_t sym)

@@ -23,8 +23,7 @@ bool scan_c_comment(SymScanner* sc)
 ZOR_API int SymScanCComment(SymScanner* sc)
 {
     bool closed = sym::scan_c_comment(sc);
-    sc->alpha[sc->alphaLen] = 0;
-    sc->raw[sc->rawLen] = 0;
+    sym::terminate_alpha_and_raw(sc);
     return closed ? 1 : 0;
 }
 
@@ -37,6 +36,5 @@ ZOR_API void SymScanCPPComment(SymScanner* sc)
         sym::put_alpha(sc, c);
     }
     sc->column = col;
-    sc->alpha[sc->alphaLen] = 0;
-    sc->raw[sc->rawLen] = 0;
+    sym::terminate_alpha_and_raw(sc);
 }

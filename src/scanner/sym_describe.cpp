@@ -1,18 +1,11 @@
 #include "zor_sym.h"
 
 #include "../frame/zor_platform.h"
+#include "scanner_shared.h"
 
 namespace {
 
-struct SymDescription {
-    int32_t        code;
-    const wchar_t* text;
-};
-
-// Scanned linearly: it is only read to word error messages and dumps.
-constexpr int32_t kEndOfTable = 31333;
-
-const SymDescription kDescriptions[] = {
+const scanner::CodeDescription kDescriptions[] = {
     {SYM_SHORT, L"SHORT number"},
     {SYM_USHORT, L"UNSIGNED SHORT number"},
     {SYM_LONG, L"LONG number"},
@@ -54,7 +47,7 @@ const SymDescription kDescriptions[] = {
     {SYM_ERR_CHARACTER, L"*error* in character"},
     {SYM_ERR_COMMENT_EOF, L"*error* unexpected eof in comment"},
     {SYM_ERR_COMMENT_END, L"*error* unexpected end of comment"},
-    {kEndOfTable, nullptr},
+    {scanner::kEndOfDescriptions, nullptr},
 };
 
 wchar_t g_unlistedCode[32];
@@ -63,9 +56,8 @@ wchar_t g_unlistedCode[32];
 
 ZOR_API const wchar_t* SymGetSymDescription(int32_t code)
 {
-    for (const SymDescription* row = kDescriptions; row->code != kEndOfTable; ++row)
-        if (row->code == code)
-            return row->text;
+    if (const wchar_t* text = scanner::find_description(kDescriptions, code))
+        return text;
     zor::counted_swprintf(g_unlistedCode, 32, L"%d", code);
     return g_unlistedCode;
 }

@@ -7,7 +7,6 @@ ZOR_API int32_t SymGetNextSym(SymScanner* sc)
     for (;;) {
         bool skip = false;
         int32_t token = SymGetNextSymAll(sc);
-        bool inComment = sc->commentDepth != 0 || sc->lineComment;
         switch (token) {
         case SYM_EOL:
             sc->lineComment = 0;
@@ -36,7 +35,7 @@ ZOR_API int32_t SymGetNextSym(SymScanner* sc)
             // would be asked for again and again. Comment text carries no
             // string into the next text: drop it, and the end of the text
             // comes next.
-            if (inComment && sc->text[sc->column] == 0)
+            if ((sc->commentDepth != 0 || sc->lineComment) && sc->text[sc->column] == 0)
                 sc->openQuote = 0;
             break;
         default:

@@ -1,11 +1,12 @@
 // Pieces shared by the scanner's translation units. Every write into the
-// three buffers goes through put_alpha and put_raw, which drop what does not
-// fit, so that no input can write behind bufLen.
+// three buffers tests bufLen first (put_alpha and put_raw drop what does not
+// fit), so that no input can write behind it.
 #pragma once
 
 #include "zor_sym.h"
 
 #include "../frame/zor_platform.h"
+#include "scanner_shared.h"
 
 namespace sym {
 
@@ -14,17 +15,6 @@ namespace sym {
 inline bool is_digit(wchar_t c)
 {
     return c >= L'0' && c <= L'9';
-}
-
-// The value of an ASCII hexadecimal digit, or -1.
-inline int hex_value(wchar_t c)
-{
-    if (c >= L'0' && c <= L'9')
-        return c - L'0';
-    wchar_t lower = wchar_t(c | 0x20);
-    if (lower >= L'a' && lower <= L'f')
-        return lower - L'a' + 10;
-    return -1;
 }
 
 ZOR_FORCEINLINE void put_alpha(SymScanner* sc, wchar_t c)
@@ -39,11 +29,17 @@ ZOR_FORCEINLINE void put_raw(SymScanner* sc, wchar_t c)
         sc->raw[sc->rawLen++] = c;
 }
 
-inline void terminate_texts(SymScanner* sc)
+// Only identifiers fill alphaUpper; the routines behind other tokens leave it.
+inline void terminate_alpha_and_raw(SymScanner* sc)
 {
     sc->raw[sc->rawLen] = 0;
-    sc->alphaUpper[sc->alphaLen] = 0;
     sc->alpha[sc->alphaLen] = 0;
+}
+
+inline void terminate_texts(SymScanner* sc)
+{
+    terminate_alpha_and_raw(sc);
+    sc->alphaUpper[sc->alphaLen] = 0;
 }
 
 // Scans the text of a string delimited by openQuote from behind `column`;

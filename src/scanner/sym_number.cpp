@@ -19,9 +19,16 @@ void classify_integer(SymScanner* sc)
     }
 }
 
-int digit_value(wchar_t c, uint32_t base)
+// A number cannot be longer than the buffer: the unit that does not fit
+// makes the number an error.
+ZOR_FORCEINLINE bool append_digit(SymScanner* sc, wchar_t c)
 {
-    return base == 16 ? sym::hex_value(c) : (c == L'0' || c == L'1') ? c - L'0' : -1;
+    if (ZOR_UNLIKELY(sc->alphaLen >= sc->bufLen)) {
+        sc->sym = SYM_ERR_NUMBER;
+        return false;
+    }
+    sc->alpha[sc->alphaLen++] = c;
+    return true;
 }
 
 // The digits behind "0x" or "0b". The limits keep the value below what
@@ -30,19 +37,15 @@ uint32_t scan_prefixed(SymScanner* sc, uint32_t col, uint32_t base, uint32_t lim
 {
     const wchar_t* text = sc->text;
     bool anyDigit = false;
-    for (int d; (d = digit_value(text[col], base)) >= 0;) {
-        wchar_t c = text[col++];
-        if (sc->alphaLen >= sc->bufLen) {
-            sc->sym = SYM_ERR_NUMBER;
+    for (uint32_t d; (d = scanner::digit_value(text[col])) < base;) {
+        if (!append_digit(sc, text[col++]))
             return col;
-        }
-        sc->alpha[sc->alphaLen++] = c;
         anyDigit = true;
-        if (sc->ulongVal > limit - uint32_t(d)) {
+        if (sc->ulongVal > limit - d) {
             sc->sym = SYM_ERR_NUMBER;
             return col;
         }
-        sc->ulongVal = base * sc->ulongVal + uint32_t(d);
+        sc->ulongVal = base * sc->ulongVal + d;
     }
     if (anyDigit)
         classify_integer(sc);
@@ -59,11 +62,8 @@ uint32_t scan_decimal(SymScanner* sc, uint32_t col)
     for (wchar_t c; sym::is_digit(c = text[col]);) {
         uint32_t d = uint32_t(c - L'0');
         ++col;
-        if (sc->alphaLen >= sc->bufLen) {
-            sc->sym = SYM_ERR_NUMBER;
+        if (!append_digit(sc, c))
             return col;
-        }
-        sc->alpha[sc->alphaLen++] = c;
         if (sc->sym == SYM_DOUBLE) {
             sc->doubleVal = sc->doubleVal * 10.0 + d;
         } else if (sc->ulongVal > 0x19999999u - d) {
@@ -84,11 +84,8 @@ uint32_t scan_decimal(SymScanner* sc, uint32_t col)
         sc->doubleVal = sc->ulongVal;
         sc->sym = SYM_DOUBLE;
     }
-    if (sc->alphaLen >= sc->bufLen) {
-        sc->sym = SYM_ERR_NUMBER;
+    if (!append_digit(sc, L'.'))
         return col;
-    }
-    sc->alpha[sc->alphaLen++] = L'.';
     ++col;
     // Summing the fraction as one integer and dividing once keeps every
     // digit that a double can hold; adding d / 10^k digit by digit would not.
@@ -96,11 +93,8 @@ uint32_t scan_decimal(SymScanner* sc, uint32_t col)
     double scale = 1.0;
     for (wchar_t c; sym::is_digit(c = text[col]);) {
         ++col;
-        if (sc->alphaLen >= sc->bufLen) {
-            sc->sym = SYM_ERR_NUMBER;
+        if (!append_digit(sc, c))
             return col;
-        }
-        sc->alpha[sc->alphaLen++] = c;
         if (scale < 1e300) {
             fraction = fraction * 10.0 + (c - L'0');
             scale *= 10.0;

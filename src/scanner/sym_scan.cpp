@@ -38,15 +38,9 @@ constexpr Operator kCLikeOperators[] = {
     {L'~', 126, {{L'=', SYM_NOT_ASSIGN}}},
 };
 
-// In the dotted dialects a single or double "=" both compare.
+// In the dotted dialects a single or double "=" both compare. Mode 3 knows
+// the rows behind the first four as well.
 constexpr Operator kDottedOperators[] = {
-    {L'!', 33, {{L'=', SYM_NE}}},
-    {L'=', SYM_EQ, {{L'=', SYM_EQ}}},
-    {L'<', 60, {{L'=', SYM_LE}, {L'>', SYM_NE}}},
-    {L'>', 62, {{L'=', SYM_GE}}},
-};
-
-constexpr Operator kDottedCommentOperators[] = {
     {L'!', 33, {{L'=', SYM_NE}}},
     {L'=', SYM_EQ, {{L'=', SYM_EQ}}},
     {L'<', 60, {{L'=', SYM_LE}, {L'>', SYM_NE}}},
@@ -55,6 +49,7 @@ constexpr Operator kDottedCommentOperators[] = {
     {L'|', 124, {{L'|', SYM_OR}}},
     {L'*', 42, {{L'/', SYM_ERR_COMMENT_END}}},
 };
+constexpr size_t kDottedOperatorsOfMode1 = 4;
 
 // ASCII lookups built at compile time, so that dispatch costs one load.
 struct AsciiTable {
@@ -62,10 +57,10 @@ struct AsciiTable {
 };
 
 template <size_t N>
-constexpr AsciiTable index_operators(const Operator (&operators)[N])
+constexpr AsciiTable index_operators(const Operator (&operators)[N], size_t count = N)
 {
     AsciiTable table{};
-    for (size_t i = 0; i < N; ++i)
+    for (size_t i = 0; i < count; ++i)
         table.entry[operators[i].first] = uint8_t(i + 1);
     return table;
 }
@@ -85,8 +80,8 @@ constexpr AsciiTable word_classes()
 }
 
 constexpr AsciiTable kCLikeIndex = index_operators(kCLikeOperators);
-constexpr AsciiTable kDottedIndex = index_operators(kDottedOperators);
-constexpr AsciiTable kDottedCommentIndex = index_operators(kDottedCommentOperators);
+constexpr AsciiTable kDottedIndex = index_operators(kDottedOperators, kDottedOperatorsOfMode1);
+constexpr AsciiTable kDottedCommentIndex = index_operators(kDottedOperators);
 constexpr AsciiTable kWordClasses = word_classes();
 
 struct Dialect {
@@ -102,7 +97,7 @@ constexpr Dialect kDialects[4] = {
     {kCLikeOperators, &kCLikeIndex, false, false, false, false},
     {kDottedOperators, &kDottedIndex, true, false, true, true},
     {kCLikeOperators, &kCLikeIndex, false, false, true, false},
-    {kDottedCommentOperators, &kDottedCommentIndex, true, true, false, false},
+    {kDottedOperators, &kDottedCommentIndex, true, true, false, false},
 };
 
 bool is_german_letter(wchar_t c)

@@ -4,18 +4,18 @@ namespace {
 
 // Reads up to `most` further digits of `base` behind `col` into `value`;
 // returns the column of the last one read.
-uint32_t read_escape_digits(SymScanner* sc, uint32_t col, int base, int most, uint32_t* value)
+uint32_t read_escape_digits(SymScanner* sc, uint32_t col, uint32_t base, int most, uint32_t* value)
 {
     const wchar_t* text = sc->text;
     for (; most > 0; --most) {
         wchar_t c = text[col + 1];
-        int d = base == 16 ? sym::hex_value(c) : sym::is_digit(c) ? c - L'0' : -1;
-        if (d < 0 || d >= base)
+        uint32_t d = scanner::digit_value(c);
+        if (d >= base)
             break;
         ++col;
         // Hexadecimal digits are kept in lower case; the bit leaves digits alone.
         sym::put_raw(sc, base == 16 ? wchar_t(c | 0x20) : c);
-        *value = *value * uint32_t(base) + uint32_t(d);
+        *value = *value * base + d;
     }
     return col;
 }
@@ -32,31 +32,19 @@ ZOR_API int SymEscapeSeq(SymScanner* sc)
     if (c == 0)
         return 0;
     sym::put_raw(sc, c);
-    uint32_t value;
-    switch (c) {
-    case L'a': value = 7; break;
-    case L'b': value = 8; break;
-    case L'f': value = 12; break;
-    case L'n': value = 10; break;
-    case L'r': value = 13; break;
-    case L't': value = 9; break;
-    case L'v': value = 11; break;
-    case L'0':
-        value = 0;
-        col = read_escape_digits(sc, col, 8, 3, &value);
-        break;
-    case L'x':
-        value = 0;
-        col = read_escape_digits(sc, col, 16, 2, &value);
-        break;
-    default:
-        if (c >= L'1' && c <= L'9') {
+    uint32_t value = scanner::control_escape(c);
+    if (value == 0) {
+        // A decimal escape never starts with 0, so a leading 0 is octal.
+        if (c == L'0') {
+            col = read_escape_digits(sc, col, 8, 3, &value);
+        } else if (c == L'x') {
+            col = read_escape_digits(sc, col, 16, 2, &value);
+        } else if (c >= L'1' && c <= L'9') {
             value = uint32_t(c - L'0');
             col = read_escape_digits(sc, col, 10, 2, &value);
         } else {
             value = c;
         }
-        break;
     }
     sc->column = col;
     return int(value & 0xFFFFu);
@@ -94,6 +82,5 @@ bool scan_string(SymScanner* sc)
 ZOR_API void SymScanString(SymScanner* sc)
 {
     sym::scan_string(sc);
-    sc->alpha[sc->alphaLen] = 0;
-    sc->raw[sc->rawLen] = 0;
+    sym::terminate_alpha_and_raw(sc);
 }
