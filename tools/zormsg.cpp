@@ -7,18 +7,21 @@
 
 #include "zorbase.h"
 
+const int kTextUnits = 512;
+
+// Room for three bytes a unit, so that no text is too long to convert.
 static void print_utf8(const wchar_t* text)
 {
-    char utf8[1024];
+    char utf8[kTextUnits * 3];
     int n = WideCharToMultiByte(CP_UTF8, 0, text, -1, utf8, sizeof utf8, nullptr, nullptr);
     fwrite(utf8, 1, n > 0 ? size_t(n - 1) : 0, stdout);
 }
 
 static void print_code(uint32_t code)
 {
-    wchar_t english[512], german[512];
-    ZORBaseFormatMessage(code, 1033, english, 512);
-    ZORBaseFormatMessage(code, 1031, german, 512);
+    wchar_t english[kTextUnits], german[kTextUnits];
+    ZORBaseFormatMessage(code, 1033, english, kTextUnits);
+    ZORBaseFormatMessage(code, 1031, german, kTextUnits);
     printf("0x%08X  ", code);
     print_utf8(english);
     printf("\n            ");

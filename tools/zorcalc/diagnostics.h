@@ -26,7 +26,6 @@ public:
     // code's name where the catalogue has no text of its own.
     std::wstring status_text(ZORStatus code) const;
 
-    uint32_t language() const { return language_; }
     int count() const { return count_; }
 
 private:

@@ -9,32 +9,26 @@ const int32_t kMaxPicture = 256;
 
 CallResults* results(intptr_t userArg) { return reinterpret_cast<CallResults*>(userArg); }
 
-int32_t pop_long(ExprContext* expr)
+// The engine checked the argument types at compile time.
+template <typename T> T* pop(ExprContext* expr)
 {
     uint32_t type;
-    return *static_cast<int32_t*>(ExprPopArgument(expr, &type));
-}
-
-double pop_double(ExprContext* expr)
-{
-    uint32_t type;
-    return *static_cast<double*>(ExprPopArgument(expr, &type));
-}
-
-TSString* pop_string(ExprContext* expr)
-{
-    uint32_t type;
-    return static_cast<TSString*>(ExprPopArgument(expr, &type));
+    return static_cast<T*>(ExprPopArgument(expr, &type));
 }
 
 // A count of days or months must fit a date field; anything else stops the
 // run rather than wrapping silently.
-bool count_fits(ExprContext* expr, int32_t count)
+TDDate* interval(ExprContext* expr, intptr_t userArg, bool months)
 {
-    if (count >= 0 && count <= 0xFFFF)
-        return true;
-    ExprSetEvalErr(expr, ZOR_E_INVALIDARG);
-    return false;
+    int32_t count = *pop<int32_t>(expr);
+    TDDate* date = &results(userArg)->date;
+    TDInit(date);
+    if (count < 0 || count > 0xFFFF) {
+        ExprSetEvalErr(expr, ZOR_E_INVALIDARG);
+        return date;
+    }
+    const uint16_t field = uint16_t(count), none = 0;
+    return TDSetInterval(date, 0, months ? field : none, months ? none : field, 0, 0, 0, 0);
 }
 
 TDDate* fn_today(ExprContext*, intptr_t userArg)
@@ -44,31 +38,14 @@ TDDate* fn_today(ExprContext*, intptr_t userArg)
     return TDSetTime(date, date->year, date->month, date->day, 0, 0, 0, 0);
 }
 
-TDDate* fn_days(ExprContext* expr, intptr_t userArg)
-{
-    int32_t count = pop_long(expr);
-    TDDate* date = &results(userArg)->date;
-    TDInit(date);
-    if (count_fits(expr, count))
-        TDSetInterval(date, 0, 0, uint16_t(count), 0, 0, 0, 0);
-    return date;
-}
-
-TDDate* fn_months(ExprContext* expr, intptr_t userArg)
-{
-    int32_t count = pop_long(expr);
-    TDDate* date = &results(userArg)->date;
-    TDInit(date);
-    if (count_fits(expr, count))
-        TDSetInterval(date, 0, uint16_t(count), 0, 0, 0, 0, 0);
-    return date;
-}
+TDDate* fn_days(ExprContext* expr, intptr_t userArg) { return interval(expr, userArg, false); }
+TDDate* fn_months(ExprContext* expr, intptr_t userArg) { return interval(expr, userArg, true); }
 
 // Commercial rounding, half away from zero, to 0 to 10 places.
 double fn_round(ExprContext* expr, intptr_t)
 {
-    int32_t places = pop_long(expr);
-    double value = pop_double(expr);
+    int32_t places = *pop<int32_t>(expr);
+    double value = *pop<double>(expr);
     if (places < 0 || places > 10) {
         ExprSetEvalErr(expr, ZOR_E_INVALIDARG);
         return value;
@@ -80,13 +57,13 @@ double fn_round(ExprContext* expr, intptr_t)
 
 int32_t fn_len(ExprContext* expr, intptr_t)
 {
-    return TSGetLen(pop_string(expr));
+    return TSGetLen(pop<TSString>(expr));
 }
 
 TSString* fn_picture(ExprContext* expr, intptr_t userArg)
 {
-    TSString* picture = pop_string(expr);
-    double value = pop_double(expr);
+    TSString* picture = pop<TSString>(expr);
+    double value = *pop<double>(expr);
     TSString* text = &results(userArg)->text;
     int32_t length = TSGetLen(picture);
     if (length > kMaxPicture) {

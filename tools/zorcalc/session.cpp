@@ -120,18 +120,20 @@ bool Session::indexes_variable(uint32_t start) const
 bool Session::compile(const SourceLine& at, const SheetItem& item, uint32_t wantedType, Compiled& out)
 {
     out = Compiled{at, item, uint32_t(DAGetSize(expr_.code)), 0};
+    auto reject = [&](size_t start, size_t length, const std::wstring& message) {
+        disarm(out.start);
+        diagnostics_.report(at, start, length, message);
+        return false;
+    };
     uint32_t first = EXPR_EMPTY;
     ZORStatus status = ExprCompile(&expr_, item.text.c_str(), &first, wantedType, nullptr, &out.type);
     if (status == ZOR_S_OK && expr_.scanner.commentDepth > 0) {
         // Every line is compiled on its own: a comment left open would
         // silently swallow the lines behind it.
         expr_.scanner.commentDepth = 0;
-        disarm(out.start);
-        diagnostics_.report(at, item.start + item.text.size(), 0, diagnostics_.status_text(ZOR_E_COMMENT_NOT_CLOSED));
-        return false;
+        return reject(item.start + item.text.size(), 0, diagnostics_.status_text(ZOR_E_COMMENT_NOT_CLOSED));
     }
     if (status != ZOR_S_OK) {
-        disarm(out.start);
         uint32_t column = ExprGetColNo(&expr_);
         uint32_t length = ExprGetErrLen(&expr_);
         size_t token = column >= length ? column - length : 0;
@@ -140,16 +142,12 @@ bool Session::compile(const SourceLine& at, const SheetItem& item, uint32_t want
             message += std::wstring(L": ") + expr_.errorText;
         else if (status == ZOR_DISP_E_UNKNOWNNAME)
             message += L": " + item.text.substr(token < item.text.size() ? token : item.text.size(), length);
-        diagnostics_.report(at, item.start + token, length, message);
-        return false;
+        return reject(item.start + token, length, message);
     }
     out.start = first;
-    if (indexes_variable(out.start)) {
-        disarm(out.start);
-        diagnostics_.report(at, item.start, item.text.size(),
-                            L"only strings and bit fields can be indexed: a variable of the sheet holds one value");
-        return false;
-    }
+    if (indexes_variable(out.start))
+        return reject(item.start, item.text.size(),
+                      L"only strings and bit fields can be indexed: a variable of the sheet holds one value");
     if (listing_ && out.start != EXPR_EMPTY)
         write_out(*at.file + L":" + std::to_wstring(at.number) + L": " + item.text + L"\n" +
                   disassemble(&expr_, out.start, names_, datePicture_));
@@ -201,14 +199,12 @@ bool Session::initialise(const SourceLine& at, const SheetLine& line, Variable& 
         return false;
     }
     const void* result = nullptr;
-    ZORStatus status = evaluate(initial, result);
+    bool computed = evaluated(initial, L"value", result);
     // An initial value is computed once; an assignment inside it must not
     // run again when a formula reads what it assigned.
     disarm(initial.start);
-    if (status != ZOR_S_OK) {
-        report_run_error(initial, status, L"value");
+    if (!computed)
         return false;
-    }
     if (!store_value(&variable.value, result, variable.type)) {
         diagnostics_.report(at, value.start, value.text.size(), diagnostics_.status_text(ZOR_E_OUTOFMEMORY));
         return false;
@@ -225,12 +221,8 @@ void Session::formula(const SourceLine& at, const SheetLine& line, bool immediat
     if (!immediate)
         return;
     const void* value = nullptr;
-    ZORStatus status = evaluate(formula, value);
-    if (status != ZOR_S_OK) {
-        report_run_error(formula, status, L"formula");
-        return;
-    }
-    write_out(value_literal(value, formula.type, datePicture_) + L" (" + type_name(formula.type) + L")\n");
+    if (evaluated(formula, L"formula", value))
+        write_out(value_literal(value, formula.type, datePicture_) + L" (" + type_name(formula.type) + L")\n");
 }
 
 void Session::print(const SourceLine& at, const SheetLine& line, bool immediate)

@@ -76,6 +76,8 @@ private:
     bool compile(const SourceLine& at, const SheetItem& item, uint32_t wantedType, Compiled& out);
     ZORStatus evaluate(const Compiled& what, const void*& value);
     void report_run_error(const Compiled& what, ZORStatus status, const wchar_t* kind);
+    // Evaluates and reports a failure, naming `what` as a formula or value.
+    bool evaluated(const Compiled& what, const wchar_t* kind, const void*& value);
     void link();
     bool run_job(const PrintJob& job);
 

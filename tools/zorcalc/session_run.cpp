@@ -27,6 +27,14 @@ ZORStatus Session::evaluate(const Compiled& what, const void*& value)
     return ZOR_S_OK;
 }
 
+bool Session::evaluated(const Compiled& what, const wchar_t* kind, const void*& value)
+{
+    ZORStatus status = evaluate(what, value);
+    if (status != ZOR_S_OK)
+        report_run_error(what, status, kind);
+    return status == ZOR_S_OK;
+}
+
 // The engine tells what failed, not where: the dependency runs inside the
 // run are hidden. Running the earlier formulas one by one, in their order,
 // finds the first that fails on its own, and that is the one to name.
@@ -62,11 +70,8 @@ bool Session::run_job(const PrintJob& job)
         }
         const Compiled& what = job.values[next++];
         const void* value = nullptr;
-        ZORStatus status = evaluate(what, value);
-        if (status != ZOR_S_OK) {
-            report_run_error(what, status, L"value");
+        if (!evaluated(what, L"value", value))
             return false;
-        }
         text += fill_placeholder(piece, value, what.type, job.datePicture);
     }
     write_out(text + L"\n");

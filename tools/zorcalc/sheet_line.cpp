@@ -93,19 +93,30 @@ bool parse_declaration(const std::wstring& line, size_t at, SheetLine& out, Line
     return true;
 }
 
+// The double-quoted text that `keyword` takes at `start`: its inner text and
+// the index behind it. `noun` names it in the messages.
+bool quoted_argument(const std::wstring& line, size_t start, const wchar_t* keyword, const wchar_t* noun,
+                     std::wstring& inner, size_t& end, LineError& error)
+{
+    if (start == line.size() || line[start] != L'"') {
+        error = error_at(start, 1, std::wstring(keyword) + L" needs a " + noun + L" in double quotes");
+        return false;
+    }
+    if (!read_quoted(line, start, inner, end)) {
+        error = error_at(start, line.size() - start,
+                         std::wstring(L"the ") + noun + L" is not closed by a double quote");
+        return false;
+    }
+    return true;
+}
+
 bool parse_date_picture(const std::wstring& line, size_t at, SheetLine& out, LineError& error)
 {
     size_t start = skip_blanks(line, at);
     std::wstring inner;
     size_t end;
-    if (start == line.size() || line[start] != L'"') {
-        error = error_at(start, 1, L"datepicture needs a picture in double quotes");
+    if (!quoted_argument(line, start, L"datepicture", L"picture", inner, end, error))
         return false;
-    }
-    if (!read_quoted(line, start, inner, end)) {
-        error = error_at(start, line.size() - start, L"the picture is not closed by a double quote");
-        return false;
-    }
     size_t rest = skip_blanks(line, end);
     if (rest != line.size()) {
         error = error_at(rest, line.size() - rest, L"nothing may follow the picture");
@@ -166,14 +177,8 @@ bool parse_print(const std::wstring& line, size_t at, SheetLine& out, LineError&
     }
     std::wstring inner;
     size_t end;
-    if (line[start] != L'"') {
-        error = error_at(start, 1, L"print needs a mask in double quotes");
+    if (!quoted_argument(line, start, L"print", L"mask", inner, end, error))
         return false;
-    }
-    if (!read_quoted(line, start, inner, end)) {
-        error = error_at(start, line.size() - start, L"the mask is not closed by a double quote");
-        return false;
-    }
     out.text = SheetItem{inner, start + 1};
     if (skip_blanks(line, end) == line.size())
         return true;
@@ -205,11 +210,6 @@ std::wstring unescape(const std::wstring& inner)
         text += inner[i];
     }
     return text;
-}
-
-bool is_identifier(const std::wstring& text)
-{
-    return !text.empty() && word_end(text, 0) == text.size();
 }
 
 bool parse_sheet_line(const std::wstring& line, SheetLine& out, LineError& error)

@@ -46,6 +46,4 @@ bool read_quoted(const std::wstring& line, size_t start, std::wstring& inner, si
 // Escapes of a quoted text resolved: a backslash keeps the unit behind it.
 std::wstring unescape(const std::wstring& inner);
 
-bool is_identifier(const std::wstring& text);
-
 bool parse_sheet_line(const std::wstring& line, SheetLine& out, LineError& error);

@@ -26,24 +26,8 @@ std::wstring printed(const wchar_t* format, ...)
     return buffer;
 }
 
-} // namespace
-
-const wchar_t* type_name(uint32_t type)
-{
-    return type < sizeof kTypeNames / sizeof kTypeNames[0] ? kTypeNames[type] : L"?";
-}
-
-bool type_by_name(const std::wstring& name, uint32_t& type)
-{
-    for (const SheetType& known : kSheetTypes) {
-        if (name == known.name) {
-            type = known.type;
-            return true;
-        }
-    }
-    return false;
-}
-
+// A date through `picture`; a record the platform can't format (an interval
+// such as days(30)) is shown field by field as year-month-day.
 std::wstring date_text(const TDDate* date, const std::wstring& picture)
 {
     wchar_t buffer[256];
@@ -62,6 +46,24 @@ std::wstring date_text(const TDDate* date, const std::wstring& picture)
     if (date->hour || date->minute || date->second || date->milliSeconds)
         text += printed(L" %02u:%02u:%02u.%03u", date->hour, date->minute, date->second, date->milliSeconds);
     return text;
+}
+
+} // namespace
+
+const wchar_t* type_name(uint32_t type)
+{
+    return type < sizeof kTypeNames / sizeof kTypeNames[0] ? kTypeNames[type] : L"?";
+}
+
+bool type_by_name(const std::wstring& name, uint32_t& type)
+{
+    for (const SheetType& known : kSheetTypes) {
+        if (name == known.name) {
+            type = known.type;
+            return true;
+        }
+    }
+    return false;
 }
 
 std::wstring value_text(const void* value, uint32_t type, const std::wstring& datePicture)

@@ -10,10 +10,6 @@ const wchar_t* type_name(uint32_t type);
 // The type codes by their names in a sheet; false for other names.
 bool type_by_name(const std::wstring& name, uint32_t& type);
 
-// A date through `picture`; a record the platform can't format (an interval
-// such as days(30)) is shown field by field as year-month-day.
-std::wstring date_text(const TDDate* date, const std::wstring& picture);
-
 std::wstring value_text(const void* value, uint32_t type, const std::wstring& datePicture);
 std::wstring value_literal(const void* value, uint32_t type, const std::wstring& datePicture);
 
