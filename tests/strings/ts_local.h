@@ -3,6 +3,8 @@
 
 #include <doctest/doctest.h>
 
+#include <malloc.h>
+
 #include <string>
 
 #include "wide_text.h"
@@ -21,11 +23,12 @@ struct Local {
     std::wstring text() const { return std::wstring(TSGetStr(&s), size_t(TSGetLen(&s))); }
 };
 
-// The invariants that hold between any two calls.
+// The invariants that hold between any two calls: no block when empty, else
+// a terminated block of exactly `size` units.
 inline void check_shape(const TSString* ts)
 {
     CHECK((ts->size == 0) == (ts->data == nullptr));
-    CHECK(ts->size != 1);
     if (ts->size)
-        CHECK(ts->data[ts->size - 1] == 0);
+        CHECK((ts->size > 1 && ts->data[ts->size - 1] == 0 &&
+               _msize(ts->data) == size_t(ts->size) * sizeof(wchar_t)));
 }
