@@ -76,10 +76,7 @@ void Session::read(const std::wstring* file, int number, const std::wstring& tex
         declare(at, line);
         break;
     case SheetLine::DatePicture:
-        if (line.text.text.empty())
-            diagnostics_.report(at, line.text.start, 0, L"the date picture is empty");
-        else
-            datePicture_ = line.text.text;
+        datePicture_ = line.text.text;
         break;
     case SheetLine::Print:
         print(at, line, immediate);

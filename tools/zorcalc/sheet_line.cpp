@@ -6,6 +6,10 @@
 
 namespace {
 
+// Wine's date formatter overruns its own stack when the text it makes grows
+// beyond about 290 units; four units of text a picture unit stays below.
+const size_t kMaxDatePicture = 64;
+
 const wchar_t* const kLineWords[] = {L"var", L"const", L"datepicture", L"print"};
 
 bool is_blank(wchar_t c) { return c == L' ' || c == L'\t'; }
@@ -123,6 +127,15 @@ bool parse_date_picture(const std::wstring& line, size_t at, SheetLine& out, Lin
         return false;
     }
     out.text = SheetItem{unescape(inner), start + 1};
+    if (out.text.text.empty()) {
+        error = error_at(start + 1, 0, L"the date picture is empty");
+        return false;
+    }
+    if (out.text.text.size() > kMaxDatePicture) {
+        error = error_at(start + 1, inner.size(),
+                         L"the date picture is longer than " + std::to_wstring(kMaxDatePicture) + L" characters");
+        return false;
+    }
     return true;
 }
 
