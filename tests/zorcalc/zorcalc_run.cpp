@@ -69,14 +69,15 @@ Outcome run_zorcalc(const std::vector<std::wstring>& args, const std::string& in
     CloseHandle(inRead);
     CloseHandle(outWrite);
     CloseHandle(errWrite);
+    // The input fits the pipe's buffer, so it can go before the child reads.
+    DWORD written = 0;
+    if (started && !input.empty())
+        WriteFile(inWrite, input.data(), DWORD(input.size()), &written, nullptr);
+    CloseHandle(inWrite);
     if (started) {
         // Both channels drain at once, so that a full pipe never stalls the child.
         Drain out{outRead, {}}, err{errRead, {}};
         HANDLE errThread = CreateThread(nullptr, 0, drain, &err, 0, nullptr);
-        DWORD written = 0;
-        if (!input.empty())
-            WriteFile(inWrite, input.data(), DWORD(input.size()), &written, nullptr);
-        CloseHandle(inWrite);
         drain(&out);
         WaitForSingleObject(errThread, INFINITE);
         CloseHandle(errThread);
@@ -86,8 +87,6 @@ Outcome run_zorcalc(const std::vector<std::wstring>& args, const std::string& in
         outcome = Outcome{int(code), out.text, err.text};
         CloseHandle(process.hThread);
         CloseHandle(process.hProcess);
-    } else {
-        CloseHandle(inWrite);
     }
     CloseHandle(outRead);
     CloseHandle(errRead);
