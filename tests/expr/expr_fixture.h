@@ -1,5 +1,5 @@
-// An expression object for one test, with helpers to compile a line and to
-// look at what it laid down.
+// An expression object for one test, with helpers to compile a line, to look
+// at what it laid down and to run it; Sheet adds variables of every type.
 #pragma once
 
 #include <doctest/doctest.h>
@@ -14,23 +14,22 @@ struct ExprOptions {
     uint32_t       mode = 0;
     uint32_t       ignoreCase = 0;
     const wchar_t* terminators = nullptr;
-    uint32_t       autoFetch = 1;
-    uint32_t       bufferLen = 256;
 };
+
+using Ops = std::vector<uint32_t>;
 
 class Expr {
 public:
     explicit Expr(const ExprOptions& options = {})
     {
-        REQUIRE(ExprInit(&ctx, 64, options.bufferLen, options.ignoreCase, options.mode,
-                         options.terminators, options.autoFetch, nullptr, nullptr, nullptr,
-                         nullptr, nullptr) == 0);
+        REQUIRE(ExprInit(&ctx, 64, 256, options.ignoreCase, options.mode, options.terminators, 1,
+                         nullptr, nullptr, nullptr, nullptr, nullptr) == 0);
     }
     ~Expr() { ExprRelease(&ctx); }
     Expr(const Expr&) = delete;
 
-    ExprContext* operator->() { return &ctx; }
     operator ExprContext*() { return &ctx; }
+    ExprContext* operator->() { return &ctx; }
 
     // Compiles `text`; first, isConst and resultType keep what it gave.
     ZORStatus compile(const wchar_t* text, uint32_t wantedType = 0)
@@ -38,37 +37,77 @@ public:
         first = isConst = resultType = 0xDEADBEEF;
         return ExprCompile(&ctx, text, &first, wantedType, &isConst, &resultType);
     }
-
     uint32_t size() const { return uint32_t(ctx.code->count); }
     const ExprInstr& at(uint32_t i) const
     {
         REQUIRE(i < size());
         return reinterpret_cast<const ExprInstr*>(ctx.code->data)[i];
     }
-
     // Opcodes of the last compile, up to the end of the array.
-    std::vector<uint32_t> opcodes() const
+    Ops opcodes() const
     {
-        std::vector<uint32_t> result;
+        Ops result;
         for (uint32_t i = first; i < size(); ++i)
             result.push_back(at(i).opcode);
         return result;
     }
-
-    // Runs the last compile and pops its result.
-    void* run(ZORStatus expected = 0, intptr_t userArg = 0)
+    // Compiles and runs `text`; on success `result` gets the popped value.
+    ZORStatus eval(const wchar_t* text, void** result = nullptr)
     {
-        REQUIRE(ExprEvaluate(&ctx, first, userArg) == expected);
-        return expected == 0 ? ExprPopResult(&ctx) : nullptr;
+        CAPTURE(std::wstring(text));
+        REQUIRE(compile(text) == 0);
+        const ZORStatus status = ExprEvaluate(&ctx, first, 0);
+        void* value = status == 0 ? ExprPopResult(&ctx) : nullptr;
+        if (result)
+            *result = value;
+        return status;
     }
-
+    template <class T>
+    T get(const wchar_t* text, uint32_t type = EXT_Long)
+    {
+        void* value = nullptr;
+        REQUIRE(eval(text, &value) == 0);
+        CHECK(resultType == type);
+        return *static_cast<T*>(value);
+    }
     std::wstring error_text() const { return ctx.errorText ? ctx.errorText : L"(null)"; }
 
     ExprContext ctx;
     uint32_t    first = 0, isConst = 0, resultType = 0;
 };
 
-using Ops = std::vector<uint32_t>;
+// Two variables of each value type, arrays of the numbers, a constant `c`
+// and functions that are compiled but never run.
+struct Sheet : Expr {
+    explicit Sheet(const ExprOptions& options = {}) : Expr(options)
+    {
+        TSClear(&s), TSClear(&s2), TDInit(&dt), TDInit(&dt2);
+        const struct { void* value; const wchar_t* name; uint32_t type; } vars[] = {
+            {&vv, L"vv", EXT_Void},    {&ch, L"ch", EXT_Char},       {&ch2, L"ch2", EXT_Char},
+            {ca, L"ca", EXT_Char},     {&a, L"a", EXT_Long},         {&b, L"b", EXT_Long},
+            {la, L"la", EXT_Long},     {&u, L"u", EXT_ULong},        {&u2, L"u2", EXT_ULong},
+            {&d, L"d", EXT_Double},    {&d2, L"d2", EXT_Double},     {da, L"da", EXT_Double},
+            {&bf, L"bf", EXT_BitField}, {&bf2, L"bf2", EXT_BitField}, {&s, L"s", EXT_String},
+            {&s2, L"s2", EXT_String},  {&dt, L"dt", EXT_Date},       {&dt2, L"dt2", EXT_Date},
+            {&any, L"any", EXT_Unknown}};
+        for (const auto& v : vars)
+            REQUIRE(ExprDefineVar(&ctx, v.value, v.name, v.type) == 0);
+        REQUIRE(ExprDefineConst(&ctx, &c, L"c", EXT_Long) == 0);
+        ExprDefineFn(&ctx, nullptr, L"f", EXT_Long, 1, EXT_Long);
+        ExprDefineFn(&ctx, nullptr, L"g", EXT_Long, 0);
+        ExprDefineFn(&ctx, nullptr, L"f2", EXT_Double, 2, EXT_Double, EXT_Long);
+        ExprDefineFn(&ctx, nullptr, L"anyfn", EXT_Long, 1, EXT_Unknown);
+    }
+    ~Sheet() { TSInit(&s), TSInit(&s2); }
+
+    int32_t      vv = 0, a = 0, b = 0, la[4] = {}, c = 0, any = 0;
+    uint16_t     ch = 0, ch2 = 0, ca[3] = {};
+    uint32_t     u = 0, u2 = 0;
+    double       d = 0, d2 = 0, da[3] = {};
+    ExprBitField bf = {}, bf2 = {};
+    TSString     s, s2;
+    TDDate       dt, dt2;
+};
 
 // Failure messages show opcode lists readably.
 namespace doctest {

@@ -2,8 +2,6 @@
 
 #include <string.h>
 
-#include <string>
-
 #include "alloc_check.h"
 #include "expr_fixture.h"
 
@@ -51,44 +49,35 @@ int32_t nesting_fn(ExprContext* expr, intptr_t start)
     return 42;
 }
 
-struct Machine : Expr {
+struct Machine : Sheet {
     Machine()
     {
+        a = 4, d = 0.5;
         ExprSetUserPtr(*this, &calls);
-        ExprDefineVar(*this, &x, L"x", EXT_Long);
-        ExprDefineVar(*this, &d, L"d", EXT_Double);
-        const struct { ExprUserFn fn; const wchar_t* name; uint32_t type; } typed[] = {
-            {ExprUserFn(char_fn), L"fc", EXT_Char},          {ExprUserFn(long_fn), L"fl", EXT_Long},
-            {ExprUserFn(long_fn), L"fu", EXT_ULong},         {ExprUserFn(double_fn), L"fd", EXT_Double},
-            {ExprUserFn(bits_fn), L"fb", EXT_BitField},      {ExprUserFn(string_fn), L"fs", EXT_String},
-            {ExprUserFn(date_fn), L"ft", EXT_Date}};
+        const struct { void* fn; const wchar_t* name; uint32_t type; } typed[] = {
+            {(void*)char_fn, L"fc", EXT_Char},     {(void*)long_fn, L"fl", EXT_Long},
+            {(void*)long_fn, L"fu", EXT_ULong},    {(void*)double_fn, L"fd", EXT_Double},
+            {(void*)bits_fn, L"fb", EXT_BitField}, {(void*)string_fn, L"fs", EXT_String},
+            {(void*)date_fn, L"ft", EXT_Date}};
         for (const auto& f : typed)
-            ExprDefineFn(*this, f.fn, f.name, f.type, 2, EXT_Long, EXT_Double);
+            ExprDefineFn(*this, ExprUserFn(f.fn), f.name, f.type, 2, EXT_Long, EXT_Double);
         ExprDefineFn(*this, ExprUserFn(failing_fn), L"fail", EXT_Long, 0);
         ExprDefineFn(*this, ExprUserFn(counting_fn), L"count", EXT_Long, 1, EXT_Long);
         ExprDefineFn(*this, ExprUserFn(counting_fn), L"two", EXT_Long, 2, EXT_Long, EXT_Long);
         ExprDefineFn(*this, ExprUserFn(counting_fn), L"nothing", EXT_Void, 1, EXT_Unknown);
         ExprDefineFn(*this, ExprUserFn(nesting_fn), L"nest", EXT_Long, 1, EXT_Long);
     }
-    Seen    calls = {};
-    int32_t x = 4;
-    double  d = 0.5;
+    void* run(intptr_t userArg = 0)
+    {
+        REQUIRE(ExprEvaluate(&ctx, first, userArg) == 0);
+        return ExprPopResult(&ctx);
+    }
+    Seen calls = {};
 };
 
-}
-
-TEST_CASE("a text constant evaluates in place")
-{
-    Machine m;
-    REQUIRE(m.compile(L"\"abc\"") == 0);
-    CHECK(std::wstring(TSGetStr(static_cast<TSString*>(m.run()))) == L"abc");
-    CHECK(m->stackDepth == 0);
-}
-
 template <class T>
-bool is(const void* result, T expected)
-{
-    return memcmp(result, &expected, sizeof expected) == 0;
+bool is(const void* result, T expected) { return memcmp(result, &expected, sizeof expected) == 0; }
+
 }
 
 TEST_CASE("user functions of every result type get their arguments last first")
@@ -96,31 +85,30 @@ TEST_CASE("user functions of every result type get their arguments last first")
     Machine m;
     struct Row { const wchar_t* text; uint32_t type; bool (*good)(const void*); };
     const Row rows[] = {
-        {L"fc(x, d)", EXT_Char, [](const void* r) { return is<uint16_t>(r, 0x2345); }},
-        {L"fl(x, d)", EXT_Long, [](const void* r) { return is<int32_t>(r, -3); }},
-        {L"fu(x, d)", EXT_ULong, [](const void* r) { return is<uint32_t>(r, 0xFFFFFFFDu); }},
-        {L"fd(x, d)", EXT_Double, [](const void* r) { return is<double>(r, 2.5); }},
-        {L"fb(x, d)", EXT_BitField, [](const void* r) { return is(r, ExprBitField{7, 9}); }},
-        {L"fs(x, d)", EXT_String, [](const void* r) { return !wcscmp(TSGetStr((const TSString*)r), L"text"); }},
-        {L"ft(x, d)", EXT_Date, [](const void* r) { return static_cast<const TDDate*>(r)->day == 22; }}};
+        {L"fc(a, d)", EXT_Char, [](const void* r) { return is<uint16_t>(r, 0x2345); }},
+        {L"fl(a, d)", EXT_Long, [](const void* r) { return is<int32_t>(r, -3); }},
+        {L"fu(a, d)", EXT_ULong, [](const void* r) { return is<uint32_t>(r, 0xFFFFFFFDu); }},
+        {L"fd(a, d)", EXT_Double, [](const void* r) { return is<double>(r, 2.5); }},
+        {L"fb(a, d)", EXT_BitField, [](const void* r) { return is(r, ExprBitField{7, 9}); }},
+        {L"fs(a, d)", EXT_String, [](const void* r) { return !wcscmp(TSGetStr((const TSString*)r), L"text"); }},
+        {L"ft(a, d)", EXT_Date, [](const void* r) { return static_cast<const TDDate*>(r)->day == 22; }}};
     for (const Row& row : rows) {
         CAPTURE(std::wstring(row.text));
         REQUIRE(m.compile(row.text) == 0);
-        CHECK(m.resultType == row.type);
-        CHECK(row.good(m.run(0, -3)));
+        CHECK((m.resultType == row.type && row.good(m.run(-3))));
         CHECK((m.calls.values[0] == 4 && m.calls.values[1] == 0.5));
         CHECK((m.calls.types[0] == EXT_Long && m.calls.types[1] == EXT_Double));
     }
     CHECK(m->stackDepth == 0);
     // A converted argument arrives converted, typed as it was written.
-    REQUIRE(m.compile(L"fl(x, 3)") == 0);
+    REQUIRE(m.compile(L"fl(a, 3)") == 0);
     m.run();
     CHECK((m.calls.values[1] == 3.0 && m.calls.types[1] == EXT_Long));
     // A function of no result type is not called; its arguments stay below it.
     REQUIRE(m.compile(L"nothing(\"s\")") == 0);
     const int before = m.calls.calls;
-    CHECK(ExprEvaluate(m, m.first, 0) == 0);
-    CHECK((m.calls.calls == before && m->stackDepth == 2));
+    CHECK((ExprEvaluate(m, m.first, 0) == 0 && m.calls.calls == before && m->stackDepth == 2));
+    TSInit(&g_text);
 }
 
 TEST_CASE("a code set by a user function ends the run once its result is stored")
@@ -131,7 +119,7 @@ TEST_CASE("a code set by a user function ends the run once its result is stored"
     CHECK(m.calls.calls == 1);  // neither count nor two ran
     CHECK((*static_cast<int32_t*>(m.at(m.first + 1).operand.value) == 7 && m->stackDepth == 0));
     // An operator's failure leaves what was pending on the stack, evalErr clear.
-    REQUIRE(m.compile(L"two(1, *x)") == 0);
+    REQUIRE(m.compile(L"two(1, *a)") == 0);
     CHECK(ExprEvaluate(m, m.first, 0) == ZOR_E_NOTIMPL);
     CHECK((m->stackDepth == 1 && ExprGetEvalErr(m) == 0));
     m->stackDepth = 0;
@@ -143,30 +131,30 @@ TEST_CASE("a code set by a user function ends the run once its result is stored"
     CHECK(ExprEvaluate(m, m.first + 2, 0) == ZOR_E_UNEXPECTED);
 }
 
-TEST_CASE("start marks, run-all and a stack that the caller balances")
+TEST_CASE("start marks, run-all and a stack that grows by 20 and is the caller's to balance")
 {
     Machine m;
     ExprSetEvalErr(m, 5);
-    CHECK((ExprEvaluate(m, EXPR_EMPTY, 0) == 0 && ExprGetEvalErr(m) == 0 && m->stack == nullptr));
-    REQUIRE((m.compile(L"x") == 0 && m.compile(L"d") == 0));
+    CHECK((ExprEvaluate(m, EXPR_EMPTY, 0) == 0 && ExprGetEvalErr(m) == 0));
+    REQUIRE((m.compile(L"a") == 0 && m.compile(L"d") == 0));
     CHECK((ExprEvaluate(m, m.size(), 0) == 0 && ExprEvaluate(m, 0x7FFFFFFF, 0) == 0));
     CHECK(m->stack == nullptr);
     CHECK((ExprEvaluate(m, EXPR_RUN_ALL, 0) == 0 && m->stackDepth == 4));
     CHECK((ExprPopResult(m) == nullptr && ExprPopResult(m) == &m.d));
-    CHECK((ExprPopResult(m) == nullptr && ExprPopResult(m) == &m.x));
+    CHECK((ExprPopResult(m) == nullptr && ExprPopResult(m) == &m.a));
     for (int i = 0; i < 20; ++i)
         REQUIRE(ExprEvaluate(m, 0, 0) == 0);
     CHECK(m->stackSize == 20);
     REQUIRE(ExprEvaluate(m, m.first, 0) == 0);
     CHECK((m->stackSize == 40 && m->stackDepth == 21));
-    CHECK((ExprPopResult(m) == &m.d && ExprPopResult(m) == &m.x));
+    CHECK((ExprPopResult(m) == &m.d && ExprPopResult(m) == &m.a));
 }
 
 TEST_CASE("a stack that can't grow fails the run and stays usable")
 {
     NoLeak leak;
     Machine m;
-    REQUIRE(m.compile(L"fl(x, d)") == 0);
+    REQUIRE(m.compile(L"fl(a, d)") == 0);
     {
         AllAllocationsFail fail;
         CHECK(ExprEvaluate(m, m.first, 0) == ZOR_E_OUTOFMEMORY);
@@ -180,9 +168,9 @@ TEST_CASE("a user function may run the same object again on the shared stack")
     Machine m;
     REQUIRE(m.compile(L"d") == 0);
     const uint32_t inner = m.first;
-    REQUIRE(m.compile(L"two(x, nest(x))") == 0);
+    REQUIRE(m.compile(L"two(a, nest(a))") == 0);
     REQUIRE(ExprEvaluate(m, m.first, intptr_t(inner)) == 0);
     CHECK((m->stackDepth == 3 && m->stackSize == 40));  // "two" leaves its arguments
     CHECK((*static_cast<int32_t*>(ExprPopResult(m)) == 1 && *static_cast<int32_t*>(ExprPopResult(m)) == 42));
-    CHECK((ExprPopResult(m) == &m.x && m.calls.calls == 1));
+    CHECK((ExprPopResult(m) == &m.a && m.calls.calls == 1));
 }
