@@ -10,20 +10,14 @@
 #include "wide_text.h"
 #include "zor_expr.h"
 
-struct ExprOptions {
-    uint32_t       mode = 0;
-    uint32_t       ignoreCase = 0;
-    const wchar_t* terminators = nullptr;
-};
-
 using Ops = std::vector<uint32_t>;
 
 class Expr {
 public:
-    explicit Expr(const ExprOptions& options = {})
+    explicit Expr(uint32_t mode = 0, uint32_t ignoreCase = 0, const wchar_t* terminators = nullptr)
     {
-        REQUIRE(ExprInit(&ctx, 64, 256, options.ignoreCase, options.mode, options.terminators, 1,
-                         nullptr, nullptr, nullptr, nullptr, nullptr) == 0);
+        REQUIRE(ExprInit(&ctx, 64, 256, ignoreCase, mode, terminators, 1, nullptr, nullptr, nullptr,
+                         nullptr, nullptr) == 0);
     }
     ~Expr() { ExprRelease(&ctx); }
     Expr(const Expr&) = delete;
@@ -79,7 +73,8 @@ public:
 // Two variables of each value type, arrays of the numbers, a constant `c`
 // and functions that are compiled but never run.
 struct Sheet : Expr {
-    explicit Sheet(const ExprOptions& options = {}) : Expr(options)
+    explicit Sheet(uint32_t mode = 0, uint32_t ignoreCase = 0, const wchar_t* terminators = nullptr)
+        : Expr(mode, ignoreCase, terminators)
     {
         TSClear(&s), TSClear(&s2), TDInit(&dt), TDInit(&dt2);
         const struct { void* value; const wchar_t* name; uint32_t type; } vars[] = {

@@ -169,15 +169,11 @@ TEST_CASE("empty texts, terminators and symbol names that differ in case")
     CHECK((e.compile(L"1 /* open") == 0 && e.opcodes() == Ops{EOP_NOP, EOP_END}));
     CHECK((e.compile(L"2") == 0 && e.first == EXPR_EMPTY));
     CHECK((e.compile(L"*/ 2") == 0 && *static_cast<int32_t*>(e.at(e.first).operand.value) == 2));
-    ExprOptions options;
-    options.terminators = L";,";
-    Sheet t(options);
+    Sheet t(0, 0, L";,");
     CHECK(t.compile(L"a + 1; rest") == 0);
     CHECK((SymGetSym(&t->scanner) == ';' && ExprGetColNo(t) == 6 && ExprGetActExpr(t) == t.first));
 
-    ExprOptions blind;
-    blind.ignoreCase = 1;
-    Sheet ci(blind), cs;
+    Sheet ci(0, 1), cs;
     CHECK(ExprDefineVar(ci, &ci.a, L"AbC", EXT_Long) == 0);
     CHECK(ExprDefineVar(ci, &ci.b, L"ABC", EXT_Long) == ZOR_TYPE_E_NAMECONFLICT);
     CHECK((ci.compile(L"abc") == 0 && ci.at(ci.first).operand.value == &ci.a));
@@ -187,9 +183,7 @@ TEST_CASE("empty texts, terminators and symbol names that differ in case")
 
 TEST_CASE("the dotted dialect reaches the levels by its own spellings")
 {
-    ExprOptions options;
-    options.mode = 3;
-    Sheet e(options);
+    Sheet e(3);
     for (const auto& [text, opcode] : {std::pair{L"a .AND. b", EOP_LAND}, {L"a or b", EOP_LOR},
                                        {L"a xor b", EOP_XOR}, {L"a = b", EOP_EQU}, {L".NOT. a", EOP_LNOT}}) {
         CAPTURE(std::wstring(text));
@@ -242,9 +236,7 @@ TEST_CASE("random token soups always give a code and close what they appended")
                                      L"*/", L"\"", L"'", L" "};
     std::mt19937 random(20261122);
     for (uint32_t mode : {0u, 3u}) {
-        ExprOptions options;
-        options.mode = mode;
-        Sheet e(options);
+        Sheet e(mode);
         for (int line = 0; line < 3000; ++line) {
             std::wstring text;
             for (int n = random() % 12; n > 0; --n)
