@@ -1,5 +1,7 @@
 #include <doctest/doctest.h>
 
+#include <algorithm>
+
 #include "alloc_check.h"
 #include "ts_local.h"
 
@@ -80,38 +82,46 @@ TEST_CASE("number formatting rounds on the exact binary value and cuts at 512 un
     CHECK(TSCStr(&s, 42.5, L"<%.1f>")->data == std::wstring(L"<42.5>"));
 }
 
-TEST_CASE("exhaustion leaves the object valid and empty, TSCStr untouched, no leak")
+// The whole family's allocation seam, the editing functions included.
+TEST_CASE("exhaustion leaves the object valid and empty, scratch failures untouched, no leak")
 {
     NoLeak leak;
-    Local s(L"keep");
+    Local s(L"  keep  ");
     {
         AllAllocationsFail fail;
         CHECK((TSCStr(&s, 1.0, L"%f") == nullptr && TSStr(&s, 1.0, 3, 1) == nullptr));
-        CHECK(s.text() == L"keep");
+        CHECK((TSATrim(&s) == &s && TSRep(&s, L"x", 3) == nullptr && s.text() == L"  keep  "));
         CHECK((TSAddStr(&s, L"more") == nullptr && TSEmpty(&s)));
         CHECK((TSNew() == nullptr && TSClone(L"x") == nullptr));
     }
-    fail_each_allocation([](bool) {
-        Local t(L"abc"), u(L"defg");
-        if (!TSAdd(&t, &u))
-            CHECK(TSEmpty(&t));
-        if (!TSCopy(&u, &t))
-            CHECK(TSEmpty(&u));
-        if (!TSSetLen(&t, 9))
-            CHECK(TSEmpty(&t));
-        if (!TSFromCh(&t, L'z'))
-            CHECK(TSEmpty(&t));
+    long requests = fail_each_allocation([](bool) {
+        // The object on success; on failure null and an empty object.
+        auto held = [](TSString* result, TSString* ts) {
+            CHECK((result == ts || (!result && TSEmpty(ts))));
+            check_shape(ts);
+        };
+        Local t(L" a,bc,d "), u(L"defg"), dst(L"old");
+        held(TSAdd(&u, &t), &u);
+        held(TSCopy(&dst, &t), &dst);
+        held(TSSetLen(&u, 9), &u);
+        held(TSFromCh(&u, L'z'), &u);
+        held(TSMid(&dst, &t, 1, 3), &dst);
+        held(TSLeft(&dst, &t, 99), &dst);
+        held(TSFromInt(&u, 12), &u);
+        TDDate date = {2026, 3, 0, 7, 0, 0, 0, 0};
+        held(TSFromDate(&u, &date), &u);
         if (TSString* c = TSCloneN(L"hello", 5))
             TSFree(c);
+        // The scratch block is taken first and its failure keeps the text.
+        std::wstring before = dst.text();
+        TSString* r = TSCStr(&dst, 2.0, L"%.1f");
+        CHECK(((r && dst.text() == L"2.0") || (!r && (dst.text() == before || TSEmpty(&dst)))));
+        // Edits always return ts; a trim whose copy failed keeps its spaces.
+        CHECK(TSStrSubst(TSChrSubst(TSATrim(&t), L",", L";"), L"bc", L"BC") == &t);
         check_shape(&t);
-        check_shape(&u);
+        std::wstring text = t.text();
+        text.erase(std::remove(text.begin(), text.end(), L' '), text.end());
+        CHECK((text.empty() || text == L"a;BC;d"));
     });
-    // The scratch block is taken first: the text survives; a later failure
-    // of the text block itself empties the string.
-    long n = fail_each_allocation([](bool) {
-        Local t(L"old");
-        TSString* r = TSCStr(&t, 2.0, L"%.1f");
-        CHECK(((r && t.text() == L"2.0") || (!r && (t.text() == L"old" || TSEmpty(&t)))));
-    });
-    CHECK(n >= 2);
+    CHECK(requests > 15);
 }
