@@ -37,10 +37,7 @@ inline TDDate date_of(long number)
 }
 
 // 0 Sunday to 6 Saturday; 1 March of year 0 was a Wednesday.
-inline int weekday(long number)
-{
-    return int((number + 3) % 7);
-}
+inline int weekday(long number) { return int((number + 3) % 7); }
 
 // A deterministic generator, so that every run checks the same dates.
 struct Random {
@@ -51,10 +48,8 @@ struct Random {
         return (state >> 8) % bound;
     }
     uint16_t field(uint32_t bound) { return uint16_t(below(bound)); }
-    TDDate date(long first, long last)
-    {
-        return date_of(first + long(below(uint32_t(last - first))));
-    }
+    // A date from 1601 on, where the platform's calendar starts.
+    TDDate date() { return date_of(day_number(1601, 1, 1) + long(below(3000000))); }
 };
 
 }

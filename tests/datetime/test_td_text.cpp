@@ -13,10 +13,7 @@ namespace {
 const TDDate kMarker = make(0xAAAA, 0xAAAA, 0xAAAA, 0xAAAA, 0xAAAA, 0xAAAA, 0xAAAA);
 const TDDate kFailed = make(1, 1, 1, 1, 1, 1, 1);  // stands for "no result" in the tables
 
-bool same(const TDDate& a, const TDDate& b)
-{
-    return memcmp(&a, &b, sizeof a) == 0;
-}
+bool same(const TDDate& a, const TDDate& b) { return memcmp(&a, &b, sizeof a) == 0; }
 
 // The record read, or kFailed after checking that a failure left it alone.
 TDDate read(const wchar_t* text, const wchar_t* picture)
@@ -49,12 +46,9 @@ struct FencedText {
 }
 
 // Plain fields of every size are left to the round trip below.
-TEST_CASE("reading by a picture: limits, literals, repetitions and the clock")
+TEST_CASE("reading by a picture: limits, literals, repetitions, the clock and names")
 {
-    struct Row {
-        const wchar_t *text, *picture;
-        TDDate expected;
-    };
+    struct Row { const wchar_t *text, *picture; TDDate expected; };
     const Row rows[] = {
         {L"31-12-2012", L"dd.MM.yyyy", kFailed},  {L"30.02.2012", L"dd.MM.yyyy", kFailed},
         {L"31.02", L"dd.MM", make(0, 2, 31)},     {L"at 7:05", L"H:mm", make(0, 0, 0, 7, 5)},
@@ -81,14 +75,10 @@ TEST_CASE("reading by a picture: limits, literals, repetitions and the clock")
     }
     LocaleSetting shortDate(LOCALE_SSHORTDATE, L"yyyy/MM/dd");
     CHECK(same(read(L"2012/12/31", nullptr), make(2012, 12, 31)));
-}
 
-// Full names of days and months, case-blind, are read by the round trip below.
-TEST_CASE("abbreviated names come from the locale; unknown names fail or read nothing")
-{
+    // Full names, case-blind, are left to the round trip below.
     for (int i = 0; i < 12; ++i) {
         std::wstring abbreviated = locale_text(LOCALE_SABBREVMONTHNAME1 + LCTYPE(i));
-        CAPTURE(i);
         CHECK(read(abbreviated.c_str(), L"MMM").month == (abbreviated.size() == 3 ? i + 1 : 1));
     }
     CHECK(same(read(L"Nomonth", L"MMMM"), kFailed));
@@ -153,8 +143,8 @@ TEST_CASE("text written by a picture reads back to the same date, in any case")
 {
     Random random{47689};
     for (int i = 0; i < 1000; ++i) {
-        long number = day_number(1601, 1, 1) + long(random.below(3000000));
-        TDDate date = date_of(number);
+        TDDate date = random.date();
+        long number = day_number(date);
         TDSetInterval(&date, date.year, date.month, date.day, random.field(24), random.field(60),
                       random.field(60), 0);
         bool twelve = i % 2 == 0;
