@@ -1,4 +1,4 @@
-#include "test_sym_fixture.h"
+#include "scanner_test_support.h"
 
 #include <random>
 #include <vector>

@@ -1,10 +1,12 @@
-// A scanner in the test's storage and a compact printout of what it reads,
-// so that a whole line of expectations fits into one string.
+// What the scanner tests share: a printout of token and piece texts that
+// puts a whole line of expectations into one string, and a symbol scanner in
+// the test's storage.
 #pragma once
 
 #include <doctest/doctest.h>
 
 #include <stdio.h>
+
 #include <string>
 
 #include "zor_sym.h"
@@ -71,14 +73,12 @@ struct Scanner {
     {
         SymNewLine(&sc, text);
         int32_t token = SymGetNextSymAll(&sc);
-        double value = token == SYM_SHORT    ? SymGetShort(&sc)
-                       : token == SYM_USHORT ? SymGetUShort(&sc)
-                       : token == SYM_LONG   ? SymGetLong(&sc)
-                       : token == SYM_ULONG  ? SymGetULong(&sc)
-                                             : SymGetDouble(&sc);
+        const double values[] = {SymGetDouble(&sc), double(SymGetULong(&sc)), double(SymGetLong(&sc)),
+                                 double(SymGetUShort(&sc)), double(SymGetShort(&sc))};
         char out[64];
         bool valued = token >= SYM_DOUBLE && token < 0;
-        int n = snprintf(out, sizeof out, valued ? "%d=%.15g" : "%d", token, value);
+        int n = valued ? snprintf(out, sizeof out, "%d=%.15g", token, values[token + 5])
+                       : snprintf(out, sizeof out, "%d", token);
         if (text[SymGetColumnNo(&sc)] != 0)
             snprintf(out + n, sizeof out - size_t(n), "@%u", SymGetColumnNo(&sc));
         return out;
