@@ -23,53 +23,22 @@ int by_key(const void* key, const void* elem)
     return a < b ? -3 : a > b ? 7 : 0;  // only the sign may count
 }
 
-// Key ascending, equal keys newest (highest serial) first.
-using Reference = std::set<std::pair<int32_t, int32_t>>;
-
-// Up links, balances that are the true height differences; returns the height.
-int check_subtree(const BTNode* node, const BTNode* parent, uint32_t* nodes)
+// The height of the subtree, or -1 when an up link or a balance is wrong.
+int height(const BTNode* node, const BTNode* parent, uint32_t* nodes)
 {
     if (!node)
         return 0;
     ++*nodes;
-    CHECK(node->up == parent);
-    int left = check_subtree(node->left, node, nodes);
-    int right = check_subtree(node->right, node, nodes);
-    CHECK((node->balance == right - left && node->balance >= -1 && node->balance <= 1));
-    return 1 + (left > right ? left : right);
+    int left = height(node->left, node, nodes), right = height(node->right, node, nodes);
+    bool sound = left >= 0 && right >= 0 && node->up == parent && node->balance == right - left;
+    return sound && left - right <= 1 && right - left <= 1 ? 1 + (left > right ? left : right) : -1;
 }
 
-int collect(void* arg, void* elem)
-{
-    static_cast<std::vector<const Item*>*>(arg)->push_back(static_cast<const Item*>(elem));
-    return 1;
-}
-
-// The tree against the reference by every way of walking it, with each
-// element still at the address that BTInsert gave.
-void check_tree(BT* tree, const Reference& expected, const std::map<int32_t, const Item*>& where)
-{
-    uint32_t nodes = 0;
-    check_subtree(tree->root, nullptr, &nodes);
-    REQUIRE((BTCount(tree) == expected.size() && nodes == expected.size()));
-    std::vector<const Item*> forward, backward, visited;
-    for (void* e = BTFirst(tree); e; e = BTNext(e))
-        forward.push_back(static_cast<const Item*>(e));
-    for (void* e = BTLast(tree); e; e = BTPrev(e))
-        backward.insert(backward.begin(), static_cast<const Item*>(e));
-    BTForEach(tree, collect, &visited);
-    REQUIRE(forward.size() == expected.size());
-    CHECK((backward == forward && visited == forward));
-    auto it = forward.begin();
-    for (const auto& entry : expected)
-        CHECK(((*it)->key == entry.first && *it++ == where.at(-entry.second)));
-}
-
-// Inserts with a running serial and keeps the reference in step.
+// A tree beside a reference multiset: (key, -serial) sorts by key with the
+// newest of equals first, and maps to the address that the insert gave.
 struct Checked {
     BT* tree = BTCreate(by_key, sizeof(Item));
-    Reference expected;  // (key, -serial)
-    std::map<int32_t, const Item*> where;
+    std::map<std::pair<int32_t, int32_t>, const Item*> expected;
     int32_t serial = 0;
 
     const Item* insert(int32_t key)
@@ -78,33 +47,44 @@ struct Checked {
         auto* stored = static_cast<const Item*>(BTInsert(tree, &it));
         if (stored) {
             CHECK(stored->serial == serial);
-            expected.insert({key, -serial});
-            where[serial] = stored;
+            expected[{key, -serial}] = stored;
         }
         ++serial;
         return stored;
     }
+
+    // The tree's shape, and every way of walking it against the reference.
+    void check() const
+    {
+        uint32_t nodes = 0;
+        CHECK(height(tree->root, nullptr, &nodes) >= 0);
+        REQUIRE((BTCount(tree) == expected.size() && nodes == expected.size()));
+        std::vector<const Item*> forward, backward, visited, placed;
+        // Bounded, so that a broken step ends the walk instead of looping.
+        for (void* e = BTFirst(tree); e && forward.size() <= nodes; e = BTNext(e))
+            forward.push_back(static_cast<const Item*>(e));
+        for (void* e = BTLast(tree); e && backward.size() <= nodes; e = BTPrev(e))
+            backward.insert(backward.begin(), static_cast<const Item*>(e));
+        using Seen = std::vector<const Item*>;
+        BTForEach(tree, [](void* seen, void* e) {
+            static_cast<Seen*>(seen)->push_back(static_cast<const Item*>(e));
+            return 0;
+        }, &visited);
+        for (const auto& entry : expected)
+            placed.push_back(entry.second);
+        CHECK((backward == forward && visited == forward && placed == forward));
+    }
 };
-}
 
-namespace {
-std::vector<const void*> g_destroyed;
-BT* g_dying;
+std::set<const void*> g_destroyed;
 
+// Each element once, in post-order: both children of a node have gone before it.
 int note_destroyed(void* elem)
 {
-    CHECK(g_dying->signature == BT_SIGNATURE_DESTROYED);
-    g_destroyed.push_back(elem);
+    const BTNode* node = static_cast<const BTNode*>(elem) - 1;
+    CHECK((g_destroyed.insert(elem).second && (!node->left || g_destroyed.count(node->left + 1))));
+    CHECK((!node->right || g_destroyed.count(node->right + 1)));
     return 0;
-}
-
-void post_order(const BTNode* node, std::vector<const void*>* out)
-{
-    if (node) {
-        post_order(node->left, out);
-        post_order(node->right, out);
-        out->push_back(node + 1);
-    }
 }
 }
 
@@ -113,7 +93,6 @@ TEST_CASE("long random runs of inserts and deletes keep the tree balanced, linke
     NoLeak leak;
     std::mt19937 random(4713);
     Checked t;
-    CHECK(t.tree->signature == BT_SIGNATURE);
     // Phases lean towards inserting, then deleting, over few keys and then
     // more, so that the tree grows, empties again and holds many equal keys.
     for (int phase = 0; phase < 8; ++phase) {
@@ -127,18 +106,15 @@ TEST_CASE("long random runs of inserts and deletes keep the tree balanced, linke
                 int32_t serial = victim ? victim->serial : -1;
                 CHECK(BTDelete(t.tree, &key) == (victim ? &key : nullptr));
                 CHECK(t.expected.erase({key, -serial}) == (victim ? 1u : 0u));
-                CHECK((victim || t.expected.lower_bound({key, INT32_MIN}) ==
-                                     t.expected.lower_bound({key + 1, INT32_MIN})));
+                auto next = t.expected.lower_bound({key, INT32_MIN});
+                CHECK((victim || next == t.expected.end() || next->first.first != key));
             }
-            check_tree(t.tree, t.expected, t.where);
+            t.check();
         }
     }
-    // Destruction calls back in post-order, with the tree already marked.
-    std::vector<const void*> expected;
-    post_order(t.tree->root, &expected);
-    g_dying = t.tree;
+    uint32_t left = BTCount(t.tree);
     BTDestroy(t.tree, note_destroyed);
-    CHECK((!expected.empty() && g_destroyed == expected));
+    CHECK((left > 0 && g_destroyed.size() == left));
 }
 
 TEST_CASE("a refused allocation leaves the tree as it was")
@@ -150,7 +126,7 @@ TEST_CASE("a refused allocation leaves the tree as it was")
                   return;
               for (int32_t i = 0; i < 12; ++i) {
                   t.insert(i * 7 % 5);
-                  check_tree(t.tree, t.expected, t.where);
+                  t.check();
               }
               BTDestroy(t.tree, nullptr);
           }) == 13);

@@ -26,25 +26,21 @@ DA* filled(int32_t step, int32_t n)
 TEST_CASE("the array grows in steps of its creation count and hands out slots up to the capacity")
 {
     NoLeak leak;
-    DA* da = filled(10, 5);
-    int32_t v = 7, ten = 10;
-    CHECK(*static_cast<int32_t*>(DAGetElem(da, 7)) == 0);  // behind the count: zeroed
-    CHECK((DAGetElem(da, 10) == nullptr && DAGetElem(da, -1) == nullptr));
-    for (int32_t i = 5; i < 10; ++i)
-        DAAddElem(da, &i);
-    CHECK(da->capacity == 10);
-    CHECK((*static_cast<int32_t*>(DAAddElem(da, &ten)) == 10 && da->capacity == 20));
-    CHECK((DAGetElem(da, 19) != nullptr && DAGetElem(da, 20) == nullptr));
-    CHECK((DASetElem(da, -1, &v) == nullptr && DAInsertElem(da, -1, &v) == nullptr));
-    DASetElem(da, 35, &v);  // far behind the end: whole steps, count follows
-    CHECK((da->capacity == 40 && DAGetSize(da) == 36));
+    DA* da = filled(10, 10);
+    int32_t v = 7;
+    CHECK((da->capacity == 10 && *static_cast<int32_t*>(DAAddElem(da, &v)) == 7));
+    CHECK((da->capacity == 20 && DAGetElem(da, 19) != nullptr && DAGetElem(da, 20) == nullptr));
+    CHECK((DAGetElem(da, -1) == nullptr && DASetElem(da, -1, &v) == nullptr));
+    CHECK(DAInsertElem(da, -1, &v) == nullptr);
+    DASetElem(da, 30, &v);  // exactly one step past the capacity needs two steps
     DADeleteLast(da);
-    CHECK(DAGetSize(da) == 35);
+    CHECK((da->capacity == 40 && DAGetSize(da) == 30 && *static_cast<int32_t*>(DAGetElem(da, 30)) == 7));
     DADestroy(da);
-    DA* empty = DACreate(4, 1);
-    DADeleteLast(empty);
-    CHECK(DAGetSize(empty) == 0);
-    DADestroy(empty);
+
+    DA* fresh = DACreate(4, 10);
+    DADeleteLast(fresh);
+    CHECK((DAGetSize(fresh) == 0 && *static_cast<int32_t*>(DAGetElem(fresh, 5)) == 0));
+    DADestroy(fresh);
 }
 
 TEST_CASE("insertion shifts the tail, sets at or behind the end, and grows one slot early")
@@ -52,9 +48,8 @@ TEST_CASE("insertion shifts the tail, sets at or behind the end, and grows one s
     NoLeak leak;
     DA* da = filled(10, 3);
     int32_t v = 42;
-    DAInsertElem(da, 3, &v);
-    DAInsertElem(da, 5, &v);
-    CHECK(contents(da) == std::vector<int32_t>{0, 1, 2, 42, 0, 42});
+    DAInsertElem(da, 3, &v);  // at the count: a set
+    DAInsertElem(da, 5, &v);  // behind it: a set that leaves a gap
     v = 9;
     CHECK(DAInsertElem(da, 1, &v) == DAGetElem(da, 1));
     CHECK(contents(da) == std::vector<int32_t>{0, 9, 1, 2, 42, 0, 42});
@@ -62,23 +57,24 @@ TEST_CASE("insertion shifts the tail, sets at or behind the end, and grows one s
 
     for (int32_t n : {8, 9}) {
         DA* a = filled(10, n);
-        DAInsertElem(a, 0, &v);
-        CHECK(a->capacity == (n == 9 ? 20 : 10));
+        CHECK((DAInsertElem(a, 0, &v) && a->capacity == (n == 9 ? 20 : 10)));
         DADestroy(a);
     }
 
-    // The array's own elements as sources, through a reallocation and a shift.
+    // The array's own elements as sources: through a reallocation, from the
+    // tail that moves, and from before the insertion point.
     DA* own = filled(3, 3);
     DAAddElem(own, DAGetElem(own, 1));
     DAInsertElem(own, 0, DAGetElem(own, 2));
-    CHECK(contents(own) == std::vector<int32_t>{2, 0, 1, 2, 1});
+    DAInsertElem(own, 3, DAGetElem(own, 1));
+    CHECK(contents(own) == std::vector<int32_t>{2, 0, 1, 0, 2, 1});
     DADestroy(own);
 }
 
 TEST_CASE("a refused allocation leaves the array as it was")
 {
     NoLeak leak;
-    CHECK((DACreate(0, 10) == nullptr && DACreate(4, 0) == nullptr));
+    CHECK((DACreate(0, 10) == nullptr && DACreate(4, 0) == nullptr && DACreate(1 << 16, 1 << 15) == nullptr));
     CHECK(fail_each_allocation([](bool) {
               if (DA* da = DACreate(8, 2))
                   DADestroy(da);
@@ -89,11 +85,10 @@ TEST_CASE("a refused allocation leaves the array as it was")
     int32_t v = 5;
     {
         AllAllocationsFail fail;
-        CHECK(DAAddElem(da, &v) == nullptr);
-        CHECK((DASetElem(da, 9, &v) == nullptr && DAInsertElem(da, 0, &v) == nullptr));
+        CHECK((DAAddElem(da, &v) == nullptr && DASetElem(da, 9, &v) == nullptr));
+        CHECK(DAInsertElem(da, 0, &v) == nullptr);
     }
     CHECK(DASetElem(da, 1 << 29, &v) == nullptr);  // 2^31 bytes and more
-    CHECK((da->data == block && da->capacity == 4));
-    CHECK(contents(da) == std::vector<int32_t>{0, 1, 2, 3});
+    CHECK((da->data == block && da->capacity == 4 && contents(da) == std::vector<int32_t>{0, 1, 2, 3}));
     DADestroy(da);
 }
