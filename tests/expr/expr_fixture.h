@@ -4,6 +4,10 @@
 
 #include <doctest/doctest.h>
 
+#include <stdio.h>
+#include <string.h>
+
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -11,6 +15,39 @@
 #include "zor_expr.h"
 
 using Ops = std::vector<uint32_t>;
+
+// A value as one line: its type's letter, then the value ("L -3", "B 1:80000000").
+inline std::wstring show(uint32_t type, const void* v)
+{
+    char text[64] = "V";
+    switch (type) {
+    case EXT_Char: snprintf(text, 64, "C %u", *static_cast<const uint16_t*>(v)); break;
+    case EXT_Long: snprintf(text, 64, "L %d", *static_cast<const int32_t*>(v)); break;
+    case EXT_ULong: snprintf(text, 64, "U %u", *static_cast<const uint32_t*>(v)); break;
+    case EXT_Double: snprintf(text, 64, "D %.17g", *static_cast<const double*>(v)); break;
+    case EXT_BitField: {
+        const ExprBitField* b = static_cast<const ExprBitField*>(v);
+        snprintf(text, 64, "B %x:%x", b->hi, b->lo);
+        break;
+    }
+    case EXT_String: return L"S " + std::wstring(TSGetStr(static_cast<const TSString*>(v)));
+    case EXT_Date: {
+        const TDDate* t = static_cast<const TDDate*>(v);
+        snprintf(text, 64, "T %d-%d-%d", t->year, t->month, t->day);
+        break;
+    }
+    }
+    return std::wstring(text, text + strlen(text));
+}
+
+// A line to run and what it must give: a shown value, or a failure code.
+struct Case {
+    Case(const wchar_t* text, const wchar_t* want) : text(text), want(want) {}
+    Case(const wchar_t* text, ZORStatus code) : text(text), code(code) {}
+    const wchar_t* text;
+    const wchar_t* want = nullptr;
+    ZORStatus      code = 0;
+};
 
 class Expr {
 public:
@@ -56,15 +93,20 @@ public:
             *result = value;
         return status;
     }
-    template <class T>
-    T get(const wchar_t* text, uint32_t type = EXT_Long)
-    {
-        void* value = nullptr;
-        REQUIRE(eval(text, &value) == 0);
-        CHECK(resultType == type);
-        return *static_cast<T*>(value);
-    }
     std::wstring error_text() const { return ctx.errorText ? ctx.errorText : L"(null)"; }
+    // Runs the lines in order, so that a line may set up the next ones.
+    void check(std::initializer_list<Case> cases)
+    {
+        for (const Case& c : cases) {
+            void* value = nullptr;
+            const ZORStatus status = eval(c.text, &value);
+            CAPTURE(std::wstring(c.text));
+            CHECK(status == c.code);
+            if (status == 0 && c.want)
+                CHECK(show(resultType, value) == c.want);
+            ctx.stackDepth = 0;
+        }
+    }
 
     ExprContext ctx;
     uint32_t    first = 0, isConst = 0, resultType = 0;

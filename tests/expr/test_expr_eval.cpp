@@ -1,18 +1,12 @@
 #include <doctest/doctest.h>
 
-#include <string.h>
-
 #include "alloc_check.h"
 #include "expr_fixture.h"
 
 namespace {
 
 // What the functions saw, reached through the user pointer.
-struct Seen {
-    uint32_t types[2];
-    double   values[2];
-    int      calls;
-};
+struct Seen { uint32_t types[2]; double values[2]; int calls; };
 
 Seen* seen(ExprContext* expr) { return static_cast<Seen*>(ExprGetUserPtr(expr)); }
 
@@ -67,43 +61,28 @@ struct Machine : Sheet {
         ExprDefineFn(*this, ExprUserFn(counting_fn), L"nothing", EXT_Void, 1, EXT_Unknown);
         ExprDefineFn(*this, ExprUserFn(nesting_fn), L"nest", EXT_Long, 1, EXT_Long);
     }
-    void* run(intptr_t userArg = 0)
-    {
-        REQUIRE(ExprEvaluate(&ctx, first, userArg) == 0);
-        return ExprPopResult(&ctx);
-    }
     Seen calls = {};
 };
-
-template <class T>
-bool is(const void* result, T expected) { return memcmp(result, &expected, sizeof expected) == 0; }
 
 }
 
 TEST_CASE("user functions of every result type get their arguments last first")
 {
     Machine m;
-    struct Row { const wchar_t* text; uint32_t type; bool (*good)(const void*); };
-    const Row rows[] = {
-        {L"fc(a, d)", EXT_Char, [](const void* r) { return is<uint16_t>(r, 0x2345); }},
-        {L"fl(a, d)", EXT_Long, [](const void* r) { return is<int32_t>(r, -3); }},
-        {L"fu(a, d)", EXT_ULong, [](const void* r) { return is<uint32_t>(r, 0xFFFFFFFDu); }},
-        {L"fd(a, d)", EXT_Double, [](const void* r) { return is<double>(r, 2.5); }},
-        {L"fb(a, d)", EXT_BitField, [](const void* r) { return is(r, ExprBitField{7, 9}); }},
-        {L"fs(a, d)", EXT_String, [](const void* r) { return !wcscmp(TSGetStr((const TSString*)r), L"text"); }},
-        {L"ft(a, d)", EXT_Date, [](const void* r) { return static_cast<const TDDate*>(r)->day == 22; }}};
-    for (const Row& row : rows) {
-        CAPTURE(std::wstring(row.text));
-        REQUIRE(m.compile(row.text) == 0);
-        CHECK((m.resultType == row.type && row.good(m.run(-3))));
-        CHECK((m.calls.values[0] == 4 && m.calls.values[1] == 0.5));
-        CHECK((m.calls.types[0] == EXT_Long && m.calls.types[1] == EXT_Double));
+    const std::pair<const wchar_t*, const wchar_t*> rows[] = {
+        {L"fc(a, d)", L"C 9029"}, {L"fl(a, d)", L"L -3"}, {L"fu(a, d)", L"U 4294967293"},
+        {L"fd(a, d)", L"D 2.5"},  {L"fb(a, d)", L"B 7:9"}, {L"fs(a, d)", L"S text"},
+        {L"ft(a, d)", L"T 2026-11-22"}, {L"fl(a, 3)", L"L -3"}};
+    for (const auto& [text, want] : rows) {
+        CAPTURE(std::wstring(text));
+        REQUIRE((m.compile(text) == 0 && ExprEvaluate(m, m.first, -3) == 0));
+        CHECK(show(m.resultType, ExprPopResult(m)) == want);
+        CHECK((m.calls.values[0] == 4 && m.calls.types[0] == EXT_Long));
     }
-    CHECK(m->stackDepth == 0);
-    // A converted argument arrives converted, typed as it was written.
-    REQUIRE(m.compile(L"fl(a, 3)") == 0);
-    m.run();
-    CHECK((m.calls.values[1] == 3.0 && m.calls.types[1] == EXT_Long));
+    // The last argument arrives converted, typed as it was written.
+    CHECK((m.calls.values[1] == 3.0 && m.calls.types[1] == EXT_Long && m->stackDepth == 0));
+    m.check({{L"fd(a, d)", L"D 2.5"}});
+    CHECK((m.calls.values[1] == 0.5 && m.calls.types[1] == EXT_Double));
     // A function of no result type is not called; its arguments stay below it.
     REQUIRE(m.compile(L"nothing(\"s\")") == 0);
     const int before = m.calls.calls;
@@ -120,8 +99,7 @@ TEST_CASE("a code set by a user function ends the run once its result is stored"
     CHECK((*static_cast<int32_t*>(m.at(m.first + 1).operand.value) == 7 && m->stackDepth == 0));
     // An operator's failure leaves what was pending on the stack, evalErr clear.
     REQUIRE(m.compile(L"two(1, *a)") == 0);
-    CHECK(ExprEvaluate(m, m.first, 0) == ZOR_E_NOTIMPL);
-    CHECK((m->stackDepth == 1 && ExprGetEvalErr(m) == 0));
+    CHECK((ExprEvaluate(m, m.first, 0) == ZOR_E_NOTIMPL && m->stackDepth == 1 && ExprGetEvalErr(m) == 0));
     m->stackDepth = 0;
     // Started in the middle, an operator finds no operand, a call no function.
     CHECK(ExprEvaluate(m, m.first + 2, 0) == ZOR_E_UNEXPECTED);
@@ -133,12 +111,16 @@ TEST_CASE("a code set by a user function ends the run once its result is stored"
 
 TEST_CASE("start marks, run-all and a stack that grows by 20 and is the caller's to balance")
 {
+    NoLeak leak;
     Machine m;
     ExprSetEvalErr(m, 5);
     CHECK((ExprEvaluate(m, EXPR_EMPTY, 0) == 0 && ExprGetEvalErr(m) == 0));
     REQUIRE((m.compile(L"a") == 0 && m.compile(L"d") == 0));
-    CHECK((ExprEvaluate(m, m.size(), 0) == 0 && ExprEvaluate(m, 0x7FFFFFFF, 0) == 0));
-    CHECK(m->stack == nullptr);
+    CHECK((ExprEvaluate(m, m.size(), 0) == 0 && ExprEvaluate(m, 0x7FFFFFFF, 0) == 0 && m->stack == nullptr));
+    {
+        AllAllocationsFail fail;  // a stack that can't grow fails the run and stays usable
+        CHECK((ExprEvaluate(m, m.first, 0) == ZOR_E_OUTOFMEMORY && m->stackDepth == 0 && m->stackSize == 0));
+    }
     CHECK((ExprEvaluate(m, EXPR_RUN_ALL, 0) == 0 && m->stackDepth == 4));
     CHECK((ExprPopResult(m) == nullptr && ExprPopResult(m) == &m.d));
     CHECK((ExprPopResult(m) == nullptr && ExprPopResult(m) == &m.a));
@@ -148,19 +130,6 @@ TEST_CASE("start marks, run-all and a stack that grows by 20 and is the caller's
     REQUIRE(ExprEvaluate(m, m.first, 0) == 0);
     CHECK((m->stackSize == 40 && m->stackDepth == 21));
     CHECK((ExprPopResult(m) == &m.d && ExprPopResult(m) == &m.a));
-}
-
-TEST_CASE("a stack that can't grow fails the run and stays usable")
-{
-    NoLeak leak;
-    Machine m;
-    REQUIRE(m.compile(L"fl(a, d)") == 0);
-    {
-        AllAllocationsFail fail;
-        CHECK(ExprEvaluate(m, m.first, 0) == ZOR_E_OUTOFMEMORY);
-    }
-    CHECK((m->stack == nullptr && m->stackDepth == 0 && m->stackSize == 0));
-    CHECK(*static_cast<int32_t*>(m.run()) == 0);
 }
 
 TEST_CASE("a user function may run the same object again on the shared stack")
