@@ -19,24 +19,17 @@ using Ops = std::vector<uint32_t>;
 // A value as one line: its type's letter, then the value ("L -3", "B 1:80000000").
 inline std::wstring show(uint32_t type, const void* v)
 {
+    const auto* bits = static_cast<const ExprBitField*>(v);
+    const auto* date = static_cast<const TDDate*>(v);
+    if (type == EXT_String)
+        return L"S " + std::wstring(TSGetStr(static_cast<const TSString*>(v)));
     char text[64] = "V";
-    switch (type) {
-    case EXT_Char: snprintf(text, 64, "C %u", *static_cast<const uint16_t*>(v)); break;
-    case EXT_Long: snprintf(text, 64, "L %d", *static_cast<const int32_t*>(v)); break;
-    case EXT_ULong: snprintf(text, 64, "U %u", *static_cast<const uint32_t*>(v)); break;
-    case EXT_Double: snprintf(text, 64, "D %.17g", *static_cast<const double*>(v)); break;
-    case EXT_BitField: {
-        const ExprBitField* b = static_cast<const ExprBitField*>(v);
-        snprintf(text, 64, "B %x:%x", b->hi, b->lo);
-        break;
-    }
-    case EXT_String: return L"S " + std::wstring(TSGetStr(static_cast<const TSString*>(v)));
-    case EXT_Date: {
-        const TDDate* t = static_cast<const TDDate*>(v);
-        snprintf(text, 64, "T %d-%d-%d", t->year, t->month, t->day);
-        break;
-    }
-    }
+    if (type == EXT_Char) snprintf(text, 64, "C %u", *static_cast<const uint16_t*>(v));
+    if (type == EXT_Long) snprintf(text, 64, "L %d", *static_cast<const int32_t*>(v));
+    if (type == EXT_ULong) snprintf(text, 64, "U %u", *static_cast<const uint32_t*>(v));
+    if (type == EXT_Double) snprintf(text, 64, "D %.17g", *static_cast<const double*>(v));
+    if (type == EXT_BitField) snprintf(text, 64, "B %x:%x", bits->hi, bits->lo);
+    if (type == EXT_Date) snprintf(text, 64, "T %d-%d-%d", date->year, date->month, date->day);
     return std::wstring(text, text + strlen(text));
 }
 
@@ -44,9 +37,8 @@ inline std::wstring show(uint32_t type, const void* v)
 struct Case {
     Case(const wchar_t* text, const wchar_t* want) : text(text), want(want) {}
     Case(const wchar_t* text, ZORStatus code) : text(text), code(code) {}
-    const wchar_t* text;
-    const wchar_t* want = nullptr;
-    ZORStatus      code = 0;
+    const wchar_t *text, *want = nullptr;
+    ZORStatus code = 0;
 };
 
 class Expr {
@@ -145,17 +137,3 @@ struct Sheet : Expr {
     TSString     s, s2;
     TDDate       dt, dt2;
 };
-
-// Failure messages show opcode lists readably.
-namespace doctest {
-template <>
-struct StringMaker<Ops> {
-    static String convert(const Ops& ops)
-    {
-        std::string text;
-        for (uint32_t op : ops)
-            text += std::to_string(op) + " ";
-        return text.c_str();
-    }
-};
-}

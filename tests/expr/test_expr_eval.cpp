@@ -49,10 +49,9 @@ struct Machine : Sheet {
         a = 4, d = 0.5;
         ExprSetUserPtr(*this, &calls);
         const struct { void* fn; const wchar_t* name; uint32_t type; } typed[] = {
-            {(void*)char_fn, L"fc", EXT_Char},     {(void*)long_fn, L"fl", EXT_Long},
-            {(void*)long_fn, L"fu", EXT_ULong},    {(void*)double_fn, L"fd", EXT_Double},
-            {(void*)bits_fn, L"fb", EXT_BitField}, {(void*)string_fn, L"fs", EXT_String},
-            {(void*)date_fn, L"ft", EXT_Date}};
+            {(void*)char_fn, L"fc", EXT_Char},   {(void*)long_fn, L"fl", EXT_Long},     {(void*)long_fn, L"fu", EXT_ULong},
+            {(void*)double_fn, L"fd", EXT_Double}, {(void*)bits_fn, L"fb", EXT_BitField},
+            {(void*)string_fn, L"fs", EXT_String}, {(void*)date_fn, L"ft", EXT_Date}};
         for (const auto& f : typed)
             ExprDefineFn(*this, ExprUserFn(f.fn), f.name, f.type, 2, EXT_Long, EXT_Double);
         ExprDefineFn(*this, ExprUserFn(failing_fn), L"fail", EXT_Long, 0);

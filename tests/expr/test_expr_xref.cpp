@@ -32,15 +32,15 @@ struct Links : Expr {
         for (auto [p, name] : {std::pair{&v, L"v"}, {&w, L"w"}, {&a, L"a"}, {&x, L"x"}, {&y, L"y"}})
             REQUIRE(ExprDefineVar(&ctx, p, name, EXT_Long) == 0);
     }
-    uint32_t line(const wchar_t* text)
+    int32_t line(const wchar_t* text)
     {
         CAPTURE(std::wstring(text));
         REQUIRE(compile(text) == 0);
-        return first;
+        return int32_t(first);
     }
-    int32_t eval(uint32_t start)
+    int32_t eval(int32_t start)
     {
-        REQUIRE(ExprEvaluate(&ctx, start, 0) == 0);
+        REQUIRE(ExprEvaluate(&ctx, uint32_t(start), 0) == 0);
         return *static_cast<int32_t*>(ExprPopResult(&ctx));
     }
 };
@@ -61,16 +61,14 @@ TEST_CASE("the list holds one run per assigned variable, and every copy of it is
     REQUIRE((ExprXRefOn(e) == 0 && list_of(e).empty()));
     e.line(L"v = 7");
     REQUIRE(ExprXRefOn(e) == 0);  // forgets the record above
-    uint32_t reads = e.line(L"w = v + k + f()");  // reads v before anything assigns it
-    uint32_t first = e.line(L"v = 1");
-    uint32_t twice = e.line(L"a = (a = 2) + 1");
-    uint32_t second = e.line(L"v++");
+    const int32_t reads = e.line(L"w = v + k + f()");  // reads v before anything assigns it
+    const int32_t first = e.line(L"v = 1"), twice = e.line(L"a = (a = 2) + 1"), second = e.line(L"v++");
     ExprXRefOff(e);
     e.line(L"v = 5");  // compiled while off: no record
     REQUIRE(ExprXRef(e) == 0);
 
-    CHECK((run_of(e, L"v") == List{int32_t(first), int32_t(second)} && run_of(e, L"w") == List{int32_t(reads)}));
-    CHECK((run_of(e, L"a") == List{int32_t(twice)} && list_of(e).size() == 7));  // three closed runs
+    CHECK((run_of(e, L"v") == List{first, second} && run_of(e, L"w") == List{reads}));
+    CHECK((run_of(e, L"a") == List{twice} && list_of(e).size() == 7));  // three closed runs
     CHECK((ExprLookUp(e, L"k")->xrefIndex == -1 && ExprLookUp(e, L"f")->xrefIndex == fnIndex));
     int32_t linked = 0;
     for (uint32_t i = 0; i < e.size(); ++i) {
@@ -79,33 +77,27 @@ TEST_CASE("the list holds one run per assigned variable, and every copy of it is
         CHECK((op.storage != EXS_Function || op.xrefIndex == fnIndex));
     }
     CHECK(linked == 8);  // two per assignment, one per other read
-
     // Laying out again appends fresh runs and moves the links to them.
     REQUIRE(ExprXRef(e) == 0);
-    CHECK((list_of(e).size() == 14 && ExprLookUp(e, L"v")->xrefIndex >= 7));
-    CHECK(run_of(e, L"v") == List{int32_t(first), int32_t(second)});
+    CHECK((list_of(e).size() == 14 && ExprLookUp(e, L"v")->xrefIndex >= 7 && run_of(e, L"v") == List{first, second}));
 }
 
 TEST_CASE("reading a variable first re-runs the earlier expressions that assign it")
 {
     Links e;
     REQUIRE(ExprXRefOn(e) == 0);
-    uint32_t one = e.line(L"x = 1");
-    uint32_t copy = e.line(L"y = x");
+    const int32_t one = e.line(L"x = 1"), copy = e.line(L"y = x");
     e.line(L"x = 2");  // behind y = x: never re-run for it
-    uint32_t bump = e.line(L"v = v + 1");
-    uint32_t readV = e.line(L"w = v * 10");
-    uint32_t sum = e.line(L"y + (v + x)");
+    const int32_t bump = e.line(L"v = v + 1"), readV = e.line(L"w = v * 10"), sum = e.line(L"y + (v + x)");
     REQUIRE(ExprXRef(e) == 0);
 
     CHECK((e.eval(copy) == 1 && e.eval(one) == 1));
     // Its own start stops the expression from re-running itself.
     CHECK((e.eval(bump) == 1 && e.eval(readV) == 20 && e.v == 2));
     // Re-runs between the operands leave exactly one result behind.
-    int32_t depth = e->stackDepth;
+    const int32_t depth = e->stackDepth;
     CHECK((e.eval(sum) == 1 + 3 + 2 && e->stackDepth == depth));  // both x assignments start earlier
-    // Running everything re-runs nothing.
-    e.v = 0;
+    e.v = 0;  // running everything re-runs nothing
     REQUIRE(ExprEvaluate(e, EXPR_RUN_ALL, 0) == 0);
     CHECK((e.v == 1 && e.w == 10 && e.x == 2));
 }
@@ -115,10 +107,9 @@ TEST_CASE("a failing re-run ends the reading run; a new recording drops the old 
     Links e;
     REQUIRE(ExprXRefOn(e) == 0);
     e.line(L"x = 1 / a");
-    uint32_t reads = e.line(L"y + x");
+    const int32_t reads = e.line(L"y + x");
     REQUIRE(ExprXRef(e) == 0);
-    CHECK((ExprEvaluate(e, reads, 0) == ZOR_DISP_E_DIVBYZERO && ExprGetEvalErr(e) == ZOR_DISP_E_DIVBYZERO));
-    // A new recording drops the links into the old list, in symbols and instructions.
+    CHECK((ExprEvaluate(e, uint32_t(reads), 0) == ZOR_DISP_E_DIVBYZERO && ExprGetEvalErr(e) == ZOR_DISP_E_DIVBYZERO));
     REQUIRE(ExprXRefOn(e) == 0);
     CHECK(ExprLookUp(e, L"x")->xrefIndex == -1);
     for (uint32_t i = 0; i < e.size(); ++i)
@@ -131,15 +122,13 @@ TEST_CASE("a long chain of dependencies ends in a failure instead of exhausting 
         Expr e;
         List vars(size_t(links) + 1);
         std::vector<std::wstring> names(vars.size());
+        REQUIRE(ExprXRefOn(e) == 0);
         for (size_t i = 0; i < vars.size(); ++i) {
             names[i] = L"v" + std::to_wstring(i);
             REQUIRE(ExprDefineVar(e, &vars[i], names[i].c_str(), EXT_Long) == 0);
+            REQUIRE((i == 0 || e.compile((names[i] + L" = " + names[i - 1] + L" + 1").c_str()) == 0));
         }
-        REQUIRE(ExprXRefOn(e) == 0);
-        for (size_t i = 1; i < vars.size(); ++i)
-            REQUIRE(e.compile((names[i] + L" = " + names[i - 1] + L" + 1").c_str()) == 0);
-        REQUIRE(ExprXRef(e) == 0);
-        const ZORStatus status = ExprEvaluate(e, e.first, 0);
+        const ZORStatus status = ExprXRef(e) == 0 ? ExprEvaluate(e, e.first, 0) : ZOR_E_UNEXPECTED;
         CHECK((links == 300 ? status == 0 && vars.back() == 300 : status == EXPR_E_TOO_DEEP));
     }
 }
@@ -152,12 +141,10 @@ TEST_CASE("exhaustion: a failed start records nothing, a failed look-up table st
         CHECK(ExprXRefOn(e) == ZOR_E_OUTOFMEMORY);
     }
     CHECK((e.line(L"v = 1") == 0 && e->xrefOn == 0 && ExprXRef(e) == 0));
-
     REQUIRE(ExprXRefOn(e) == 0);
-    uint32_t assigns = e.line(L"v = 2");
-    uint32_t reads = e.line(L"v");
+    const int32_t assigns = e.line(L"v = 2"), reads = e.line(L"v");
     zor_alloc_probe::fail_nth(1);
     CHECK(ExprXRef(e) == 0);
     zor_alloc_probe::fail_nth(0);
-    CHECK((run_of(e, L"v") == List{int32_t(assigns)} && e.eval(reads) == 2));
+    CHECK((run_of(e, L"v") == List{assigns} && e.eval(reads) == 2));
 }
