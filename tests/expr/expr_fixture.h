@@ -117,8 +117,7 @@ struct Sheet : Expr {
             {la, L"la", EXT_Long},     {&u, L"u", EXT_ULong},        {&u2, L"u2", EXT_ULong},
             {&d, L"d", EXT_Double},    {&d2, L"d2", EXT_Double},     {da, L"da", EXT_Double},
             {&bf, L"bf", EXT_BitField}, {&bf2, L"bf2", EXT_BitField}, {&s, L"s", EXT_String},
-            {&s2, L"s2", EXT_String},  {&dt, L"dt", EXT_Date},       {&dt2, L"dt2", EXT_Date},
-            {&any, L"any", EXT_Unknown}};
+            {&s2, L"s2", EXT_String},  {&dt, L"dt", EXT_Date},       {&dt2, L"dt2", EXT_Date}};
         for (const auto& v : vars)
             REQUIRE(ExprDefineVar(&ctx, v.value, v.name, v.type) == 0);
         REQUIRE(ExprDefineConst(&ctx, &c, L"c", EXT_Long) == 0);
@@ -129,7 +128,7 @@ struct Sheet : Expr {
     }
     ~Sheet() { TSInit(&s), TSInit(&s2); }
 
-    int32_t      vv = 0, a = 0, b = 0, la[4] = {}, c = 0, any = 0;
+    int32_t      vv = 0, a = 0, b = 0, la[4] = {}, c = 0;
     uint16_t     ch = 0, ch2 = 0, ca[3] = {};
     uint32_t     u = 0, u2 = 0;
     double       d = 0, d2 = 0, da[3] = {};

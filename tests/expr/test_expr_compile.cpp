@@ -1,7 +1,4 @@
-#include <doctest/doctest.h>
-
 #include <random>
-#include <string>
 
 #include "alloc_check.h"
 #include "expr_fixture.h"
@@ -18,21 +15,17 @@ TEST_CASE("balancing converts the narrower side where it stands and names failur
             const std::wstring text = std::wstring(var[l]) + L" + " + var[r];
             CAPTURE(text);
             const uint32_t lo = l < r ? l : r, hi = l < r ? r : l;
-            const uint32_t common = lo == EXT_Void || hi == EXT_Date || (hi == EXT_String && lo != EXT_Char) ? 0 : hi;
-            if (l == r) {
-                CHECK((e.compile(text.c_str()) == 0 && e.resultType == l));
-                CHECK(e.opcodes() == Ops{EOP_NOP, EOP_NOP, EOP_ADD, EOP_END});
-            } else if (!common) {
-                CHECK(e.compile(text.c_str()) == ZOR_DISP_E_TYPEMISMATCH);
-                CHECK((e.error_text() == std::wstring(name[l]) + L" <-> " + name[r] &&
-                       e.opcodes() == Ops{EOP_NOP, EOP_NOP, EOP_END}));
-            } else {
-                CHECK((e.compile(text.c_str()) == 0 && e.resultType == common));
-                const uint32_t at = l == common ? 2 : 1;  // behind the side that is converted
-                CHECK(e.opcodes() == (at == 1 ? Ops{EOP_NOP, to[common], EOP_NOP, EOP_ADD, EOP_END}
-                                              : Ops{EOP_NOP, EOP_NOP, to[common], EOP_ADD, EOP_END}));
-                CHECK((e.at(e.first + at).operand.type == (at == 1 ? l : r) && e.at(e.first + 3).operand.type == common));
-            }
+            const bool fits = l == r || !(lo == EXT_Void || hi == EXT_Date || (hi == EXT_String && lo != EXT_Char));
+            const uint32_t at = l == hi ? 2 : 1;  // behind the side that is converted
+            Ops ops = fits ? Ops{EOP_NOP, EOP_NOP, EOP_ADD, EOP_END} : Ops{EOP_NOP, EOP_NOP, EOP_END};
+            if (fits && l != r)
+                ops.insert(ops.begin() + at, to[hi]);
+            CHECK((e.compile(text.c_str()) == (fits ? 0 : ZOR_DISP_E_TYPEMISMATCH) && e.opcodes() == ops));
+            if (!fits)
+                CHECK(e.error_text() == std::wstring(name[l]) + L" <-> " + name[r]);
+            else
+                CHECK((e.resultType == hi && (l == r || (e.at(e.first + at).operand.type == (at == 1 ? l : r) &&
+                                                         e.at(e.first + 3).operand.type == hi))));
         }
 }
 

@@ -1,12 +1,8 @@
 // Random formulas, run by the engine and by a small evaluator written here
 // from the rules of the value types: the two must agree on the result code,
 // the result type and the value.
-#include <doctest/doctest.h>
-
 #include <math.h>
 #include <string.h>
-
-#include <string>
 
 #include "expr_fixture.h"
 

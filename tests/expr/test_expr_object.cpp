@@ -1,5 +1,3 @@
-#include <doctest/doctest.h>
-
 #include "alloc_check.h"
 #include "dll_image.h"
 #include "expr_fixture.h"

@@ -1,7 +1,5 @@
 // The random formulas of the differential test cover the arithmetic of the
 // number types; these cases hold what they leave out.
-#include <doctest/doctest.h>
-
 #include "alloc_check.h"
 #include "expr_fixture.h"
 

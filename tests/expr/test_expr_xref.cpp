@@ -1,8 +1,3 @@
-#include <doctest/doctest.h>
-
-#include <string>
-#include <vector>
-
 #include "alloc_check.h"
 #include "expr_fixture.h"
 
