@@ -16,14 +16,11 @@ TEST_CASE("names are unique across kinds; look-ups and the walk see every kind")
     Expr e;
     int32_t x = 0, k = 3;
     CHECK(ExprGetActExpr(e) == EXPR_EMPTY);
-    CHECK(ExprDefineFn(e, nullptr, L"fn", EXT_Double, 2, EXT_Long, EXT_Unknown) == 0);
-    CHECK(ExprDefineVar(e, &x, L"fn", EXT_Long) == ZOR_TYPE_E_NAMECONFLICT);
-    CHECK(ExprDefineVar(e, &x, L"x", EXT_Long) == 0);
-    CHECK(ExprDefineConst(e, &k, L"x", EXT_Long) == ZOR_TYPE_E_NAMECONFLICT);
+    CHECK((ExprDefineFn(e, nullptr, L"fn", EXT_Double, 2, EXT_Long, EXT_Unknown) == 0 &&
+           ExprDefineVar(e, &x, L"fn", EXT_Long) == ZOR_TYPE_E_NAMECONFLICT && ExprDefineVar(e, &x, L"x", EXT_Long) == 0));
+    CHECK((ExprDefineConst(e, &k, L"x", EXT_Long) == ZOR_TYPE_E_NAMECONFLICT && ExprDefineConst(e, &k, L"k", EXT_Long) == 0));
     CHECK(ExprDefineFn(e, nullptr, L"x", EXT_Long, 0) == ZOR_TYPE_E_NAMECONFLICT);
-    CHECK(ExprDefineConst(e, &k, L"k", EXT_Long) == 0);
     CHECK(DAGetSize(e->argTypes) == 3);  // the refused function left no list behind
-
     CHECK((ExprVarLookUp(e, L"k") == nullptr && e.error_text() == L"k"));
     const ExprOperand* constant = ExprLookUp(e, L"k");
     REQUIRE(constant != nullptr);
