@@ -9,47 +9,46 @@ namespace td_reference {
 inline TDDate make(uint16_t y, uint16_t mo, uint16_t d, uint16_t h = 0, uint16_t mi = 0,
                    uint16_t s = 0, uint16_t ms = 0)
 {
-    TDDate date;
-    return *TDSetInterval(&date, y, mo, d, h, mi, s, ms);
+    return TDDate{y, mo, 0, d, h, mi, s, ms};
 }
 
 // Days since 1 March of year 0, proleptic Gregorian; for years from 1 on.
-inline long day_number(long year, long month, long day)
+inline long day_number(long y, long m, long d)
 {
-    if (month <= 2) {
-        year -= 1;
-        month += 12;
-    }
-    return 365 * year + year / 4 - year / 100 + year / 400 + (153 * (month - 3) + 2) / 5 + day - 1;
+    if (m <= 2)
+        y -= 1, m += 12;
+    return 365 * y + y / 4 - y / 100 + y / 400 + (153 * (m - 3) + 2) / 5 + d - 1;
 }
-
 inline long day_number(const TDDate& d) { return day_number(d.year, d.month, d.day); }
 
-// The inverse of day_number, by search, so that it shares no formula with it.
-inline TDDate date_of(long number)
+// The inverse by search, so that it shares no formula with day_number.
+inline TDDate date_of(long n, uint16_t hour = 0)
 {
-    long year = number / 366, month = 1;
-    while (day_number(year + 1, 1, 1) <= number)
-        ++year;
-    while (month < 12 && day_number(year, month + 1, 1) <= number)
-        ++month;
-    return make(uint16_t(year), uint16_t(month), uint16_t(number - day_number(year, month, 1) + 1));
+    long y = n / 366, m = 1;
+    while (day_number(y + 1, 1, 1) <= n)
+        ++y;
+    while (m < 12 && day_number(y, m + 1, 1) <= n)
+        ++m;
+    return make(uint16_t(y), uint16_t(m), uint16_t(n - day_number(y, m, 1) + 1), hour);
 }
 
 // 0 Sunday to 6 Saturday; 1 March of year 0 was a Wednesday.
-inline int weekday(long number) { return int((number + 3) % 7); }
+inline int weekday(long n) { return int((n + 3) % 7); }
 
-// A deterministic generator, so that every run checks the same dates.
+// A fixed seed, so that every run checks the same dates, from 1601 on where
+// the platform's calendar starts.
 struct Random {
     uint32_t state;
-    uint32_t below(uint32_t bound)
+    uint32_t operator()(uint32_t bound)
     {
         state = state * 1664525u + 1013904223u;
         return (state >> 8) % bound;
     }
-    uint16_t field(uint32_t bound) { return uint16_t(below(bound)); }
-    // A date from 1601 on, where the platform's calendar starts.
-    TDDate date() { return date_of(day_number(1601, 1, 1) + long(below(3000000))); }
+    TDDate date()
+    {
+        TDDate d = date_of(day_number(1601, 1, 1) + long((*this)(3000000)));
+        return make(d.year, d.month, d.day, (*this)(24), (*this)(60), (*this)(60), (*this)(1000));
+    }
 };
 
 }
