@@ -1,0 +1,322 @@
+#include <doctest/doctest.h>
+
+#include <string.h>
+#include <wctype.h>
+
+#include "alloc_check.h"
+#include "dll_image.h"
+#include "locale_scope.h"
+#include "zor_td.h"
+
+namespace {
+
+TDDate make(uint16_t y, uint16_t mo, uint16_t d, uint16_t h = 0, uint16_t mi = 0, uint16_t s = 0,
+            uint16_t ms = 0) { return TDDate{y, mo, 0, d, h, mi, s, ms}; }
+
+// An independent calendar: days since 1 March of year 0, proleptic Gregorian.
+long day_number(long y, long m, long d)
+{
+    if (m <= 2)
+        y -= 1, m += 12;
+    return 365 * y + y / 4 - y / 100 + y / 400 + (153 * (m - 3) + 2) / 5 + d - 1;
+}
+long day_number(const TDDate& d) { return day_number(d.year, d.month, d.day); }
+
+// The inverse by search, so that it shares no formula with day_number.
+TDDate date_of(long n)
+{
+    long y = n / 366, m = 1;
+    while (day_number(y + 1, 1, 1) <= n)
+        ++y;
+    while (m < 12 && day_number(y, m + 1, 1) <= n)
+        ++m;
+    return make(uint16_t(y), uint16_t(m), uint16_t(n - day_number(y, m, 1) + 1));
+}
+
+// 0 Sunday to 6 Saturday; 1 March of year 0 was a Wednesday.
+int weekday(long n) { return int((n + 3) % 7); }
+
+long long milliseconds(const TDDate& d)
+{
+    long long seconds = ((day_number(d) * 24LL + d.hour) * 60 + d.minute) * 60 + d.second;
+    return seconds * 1000 + d.milliSeconds;
+}
+
+// A fixed seed, so that every run checks the same dates; from 1601 on, where
+// the platform's calendar starts.
+struct Random {
+    uint32_t state;
+    uint32_t operator()(uint32_t bound)
+    {
+        state = state * 1664525u + 1013904223u;
+        return (state >> 8) % bound;
+    }
+    TDDate date(uint32_t days)
+    {
+        TDDate d = date_of(day_number(1601, 1, 1) + long((*this)(days)));
+        return make(d.year, d.month, d.day, (*this)(24), (*this)(60), (*this)(60), (*this)(1000));
+    }
+};
+
+// op 1 adds, -1 subtracts, 0 sets the fields of `i` as a time.
+TDDate apply(int op, TDDate d, const TDDate& i)
+{
+    if (op == 0)
+        return *TDSetTime(&d, i.year, i.month, i.day, i.hour, i.minute, i.second, i.milliSeconds);
+    return *(op > 0 ? TDAdd(&d, &i) : TDSubst(&d, &i));
+}
+
+// Monday of week 1 by the first-week rule: the week that holds 1 January
+// ("0"), 7 January ("1", the first full week) or 4 January ("2", ISO 8601).
+long week_one(long year, wchar_t rule)
+{
+    long anchor = day_number(year, 1, rule == L'0' ? 1 : rule == L'1' ? 7 : 4);
+    return anchor - (weekday(anchor) + 6) % 7;
+}
+
+const TDDate kMarker = {0xAAAA, 0xAAAA, 0xAAAA, 0xAAAA, 0xAAAA, 0xAAAA, 0xAAAA, 0xAAAA};
+const TDDate kFailed = make(1, 1, 1, 1, 1, 1, 1);  // stands for "no result" in the tables
+
+bool same(const TDDate& a, const TDDate& b) { return memcmp(&a, &b, sizeof a) == 0; }
+
+// The record read, or kFailed after checking that a failure left it alone.
+TDDate read(const wchar_t* text, const wchar_t* picture)
+{
+    TDDate date = kMarker, *result = TDFromString(text, picture, &date);
+    CHECK((result == &date || (result == nullptr && same(date, kMarker))));
+    return result ? date : kFailed;
+}
+
+// The text copied to end just before a page the process may not read, so
+// that a reader going past the terminator faults at once.
+const wchar_t* fenced(const std::wstring& text)
+{
+    static char* const fence =
+        static_cast<char*>(VirtualAlloc(nullptr, 8192, MEM_COMMIT, PAGE_READWRITE)) + 4096;
+    DWORD old;
+    REQUIRE(VirtualProtect(fence, 4096, PAGE_NOACCESS, &old));
+    size_t bytes = (text.size() + 1) * sizeof(wchar_t);
+    return static_cast<const wchar_t*>(memcpy(fence - bytes, text.c_str(), bytes));
+}
+
+}
+
+TEST_CASE("intervals and weekdays agree with a day count and a month index for random dates")
+{
+    Random r{20121231};
+    for (int i = 0; i < 5000; ++i) {
+        TDDate start = r.date(10500000), span = make(0, 0, r(3000), r(100), r(200), r(200), r(5000));
+        TDDate shift = make(r(30), r(40), 0);
+        long long length = milliseconds(span) - milliseconds(make(0, 0, 0));
+        INFO(start.year, "-", start.month, "-", start.day, " and ", span.day, " days");
+        TDDate weekdayOf = start, kept = start;
+        kept.dayOfWeek = uint16_t(weekday(day_number(start)));
+        weekdayOf.dayOfWeek = 6;  // rewritten by the platform with the rest kept
+        CHECK((TDGetDayOfWeek(&weekdayOf) == kept.dayOfWeek && same(weekdayOf, kept)));
+        for (int sign : {1, -1}) {
+            TDDate d = apply(sign, start, span);
+            CHECK(milliseconds(d) == milliseconds(start) + sign * length);
+            CHECK((d.day >= 1 && d.hour < 24 && d.minute < 60 && d.second < 60 &&
+                   d.milliSeconds < 1000));
+            long index = start.year * 12 + start.month - 1 + sign * (shift.year * 12 + shift.month);
+            long days = day_number((index + 1) / 12, (index + 1) % 12 + 1, 1) -
+                        day_number(index / 12, index % 12 + 1, 1);
+            TDDate expected = make(index / 12, index % 12 + 1, start.day < days ? start.day : days,
+                                   start.hour, start.minute, start.second, start.milliSeconds);
+            CHECK(same(apply(sign, start, shift), expected));
+        }
+    }
+}
+
+TEST_CASE("days before months, the clip, normalising and the 16-bit wrap")
+{
+    struct Row { TDDate start, interval; int op; TDDate expected; };
+    const Row rows[] = {
+        {make(2013, 1, 31), make(0, 1, 1), 1, make(2013, 3, 1)},
+        {make(0, 0, 0), make(0, 0, 5), 1, make(0, 1, 5)},
+        {make(2000, 40, 1), make(0, 0, 1), 1, make(2001, 1, 2)},
+        {make(65535, 12, 31), make(0, 0, 1), 1, make(0, 1, 1)},
+        {make(0, 1, 1), make(0, 0, 1), -1, make(65535, 12, 31)},
+        {make(2000, 1, 1), make(0, 0, 0, 0, 0, 0, 65535), 1, make(2000, 1, 1, 0, 1, 5, 535)},
+        {make(2000, 1, 1, 0, 0, 0, 1), make(0, 0, 0, 0, 0, 0, 65535), 1, make(2000, 1, 1)},
+        {{}, make(2013, 5, 6, 10, 20, 75), 0, make(2013, 5, 6, 10, 21, 15)},
+        {{}, make(2013, 5, 6, 24), 0, make(2013, 5, 7)},
+        {{}, make(2013, 2, 29), 0, make(2013, 3, 1)},
+        {{}, make(2012, 13, 5), 0, make(2013, 1, 5)},
+    };
+    for (const Row& row : rows)
+        CHECK(same(apply(row.op, row.start, row.interval), row.expected));
+    CHECK(apply(-1, make(2000, 0, 1), make(0, 0, 1)).year == 2000);  // a nonsense month ends
+    TDDate set = make(1, 1, 1);
+    set.dayOfWeek = 5;
+    CHECK(same(*TDSetInterval(&set, 0, 0, 0, 0, 90, 0, 0), make(0, 0, 0, 0, 90)));
+}
+
+TEST_CASE("ordering ignores the weekday; ranges take their bounds in either order")
+{
+    TDDate a = make(2012, 6, 15, 10), b = a, low = make(2012, 1, 1);
+    b.dayOfWeek = 3;
+    CHECK((TDCmp(&a, &b) == 0 && TDInRange(&low, &low, &low) && !TDInRange(&low, &low, &a)));
+    for (const TDDate& c : {make(2013, 1, 1), make(2012, 7, 1), make(2012, 6, 16),
+                            make(2012, 6, 15, 11), make(2012, 6, 15, 10, 1),
+                            make(2012, 6, 15, 10, 0, 1), make(2012, 6, 15, 10, 0, 0, 1)}) {
+        CHECK((TDCmp(&a, &c) == -1 && TDCmp(&c, &a) == 1));
+        CHECK((TDInRange(&c, &low, &a) && TDInRange(&a, &c, &c) && !TDInRange(&low, &a, &c)));
+    }
+}
+
+TEST_CASE("the platform refuses a weekday outside its calendar and leaves the record")
+{
+    for (TDDate bad : {make(1600, 12, 31), make(60000, 1, 1), make(2012, 0, 1), make(2012, 13, 1),
+                       make(2012, 2, 30), make(2012, 1, 0), make(2012, 5, 5, 25)}) {
+        TDDate refused = bad;
+        CHECK((TDGetDayOfWeek(&refused) == 0 && same(refused, bad)));
+    }
+    TDDate noMonth = make(2012, 0, 17), december = make(2012, 12, 31);
+    CHECK((TDGetDayOfYear(&noMonth) == 17 && TDGetDayOfYear(&december) == 366));
+}
+
+TEST_CASE("week numbers follow the locale's first-week rule for every day")
+{
+    LocaleSetting sundayFirst(LOCALE_IFIRSTDAYOFWEEK, L"6");  // weeks start on Monday regardless
+    for (const wchar_t* rule : {L"0", L"1", L"2"}) {
+        LocaleSetting setting(LOCALE_IFIRSTWEEKOFYEAR, rule);
+        for (long n = day_number(1999, 1, 1); n <= day_number(2030, 12, 31); ++n) {
+            TDDate date = date_of(n);
+            long year = n < week_one(date.year, *rule) ? date.year - 1 : date.year;
+            long week = (n - week_one(year, *rule)) / 7 + 1;
+            week = n >= week_one(date.year + 1, *rule) ? 1 : week;
+            INFO("rule ", char(*rule), ": ", date.year, "-", date.month, "-", date.day);
+            CHECK(TDGetWeekOfYear(&date) == week);
+        }
+    }
+    TDDate noDay = make(2012, 0, 0);
+    CHECK((TDGetWeekOfYear(&noDay) == 0 && TDGetWeekOfYear(nullptr) - 1u < 53));
+}
+
+// Plain fields of every size and full names are left to the round trip below.
+TEST_CASE("reading by a picture: limits, literals, repetitions, the clock and names")
+{
+    struct Row { const wchar_t *text, *picture; TDDate expected; };
+    const Row rows[] = {
+        {L"31-12-2012", L"dd.MM.yyyy", kFailed},  {L"30.02.2012", L"dd.MM.yyyy", kFailed},
+        {L"31.02", L"dd.MM", make(0, 2, 31)},     {L"at 7:05", L"H:mm", make(0, 0, 0, 7, 5)},
+        {L"123", L"dd", make(0, 0, 12)},          {L"\u0661\uFF12", L"dd", make(0, 0, 12)},
+        {L"5", L"y", make(2005, 0, 0)},           {L"123456", L"yyyy", make(1234, 0, 0)},
+        {L"", L"yy", make(2000, 0, 0)},           {L"", L"d", kFailed},
+        {L"32", L"d", kFailed},                   {L"0", L"d", kFailed},
+        {L"13", L"M", kFailed},                   {L"0", L"MM", kFailed},
+        {L"24", L"H", kFailed},                   {L"12", L"h", kFailed},
+        {L"60", L"m", kFailed},                   {L"60", L"s", kFailed},
+        {L"5/", L"d/d", make(0, 0, 5)},           {L"05:", L"hh:HH", make(0, 0, 0, 5)},
+        {L"2012", L"yyyyyy", make(2012, 0, 0)},   {L"3.", L"dd.dddd", make(0, 0, 3)},
+        {L"'7'", L"'d'", make(0, 0, 7)},          {L"7", L"'d'", kFailed},
+        {L" 2012", L"gg yyyy", make(2012, 0, 0)}, {L"AD 2012", L"gg yyyy", kFailed},
+        {L"31", L"dd.", kFailed},                 {L"3 p", L"h t", make(0, 0, 0, 15)},
+        {L"12:00 PM", L"HH:mm tt", kFailed},      {L"11:00 PM", L"HH:mm tt", make(0, 0, 0, 23)},
+        {L"4", L"ht", make(0, 0, 0, 4)},          {L"4", L"htt", kFailed},
+        {L"4 P", L"h tt", kFailed},               {L"4 X", L"h t", kFailed},
+        {L"4 pm.", L"h tt.", make(0, 0, 0, 16)},  {L"Nomonth", L"MMMM", kFailed},
+        {L"Noday 5", L"dddd d", make(0, 0, 0)},  // the number is a repetition
+    };
+    for (const Row& row : rows) {
+        CAPTURE(row.picture);
+        CHECK(same(read(row.text, row.picture), row.expected));
+    }
+    LocaleSetting shortDate(LOCALE_SSHORTDATE, L"yyyy/MM/dd");
+    CHECK(same(read(L"2012/12/31", nullptr), make(2012, 12, 31)));
+    for (int i = 0; i < 12; ++i) {
+        std::wstring abbreviated = locale_text(LOCALE_SABBREVMONTHNAME1 + LCTYPE(i));
+        CHECK(read(abbreviated.c_str(), L"MMM").month == (abbreviated.size() == 3 ? i + 1 : 1));
+    }
+}
+
+TEST_CASE("hostile text never leads the reader past its end")
+{
+    auto run = [](size_t n) { return std::wstring(n, L'z') + L"9 " + std::wstring(n, L'7'); };
+    const std::wstring texts[] = {L"Monday January 2012", L"31.12.2012 23:59:59 PM", run(40),
+                                  run(41), run(100)};
+    for (const wchar_t* picture :
+         {L"dddd MMMM yyyy", L"MMMM dddd", L"ddd MMM", L"dd.MM.yyyy HH:mm:ss tt", L"h:mm t"}) {
+        for (const std::wstring& whole : texts)
+            for (size_t cut = 0; cut <= whole.size(); ++cut)
+                read(fenced(whole.substr(0, cut)), picture);
+    }
+    // A run longer than a name is cut at 39 units; its rest stays in the text.
+    std::wstring january = locale_text(LOCALE_SMONTHNAME1) + std::wstring(40, L'q');
+    CHECK(same(read(january.c_str(), L"MMMM"), kFailed));
+    CHECK(same(read((std::wstring(40, L'b') + L"7").c_str(), L"ddddbH"), make(0, 0, 0, 7)));
+}
+
+TEST_CASE("writing measures first, reports a short buffer and joins the parts")
+{
+    TDDate date = make(2012, 12, 31, 13, 5, 7);
+    wchar_t buffer[64];
+    int32_t length = 64;
+    auto text = [&](const wchar_t* datePicture, const wchar_t* timePicture) {
+        wchar_t* result = TDToString(&date, datePicture, timePicture, buffer, &length);
+        return std::wstring(result == buffer ? buffer : L"(null)");
+    };
+    std::wstring both = text(nullptr, nullptr);
+    CHECK((both.find(L"2012") < both.find(L":05") && both.find(L":05") != both.npos));
+    CHECK((text(nullptr, L"HH:mm:ss") == L"13:05:07" && length == 64));
+    wmemset(buffer, L'#', 64);
+    length = 0;
+    CHECK((text(L"dd.MM.yyyy", L" HH") == L"(null)" && length == 14 && buffer[0] == L'#'));
+    length = 13;
+    CHECK((text(L"dd.MM.yyyy", L" HH") == L"(null)" && length == 14 && buffer[0] == 0));
+    CHECK(text(L"dd.MM.yyyy", L" HH") == L"31.12.2012 13");
+    CHECK((TDToString(&date, L"yyyy", nullptr, nullptr, &length) == nullptr && length == 5));
+    CHECK(TDToString(&date, L"yyyy", nullptr, buffer, nullptr) == nullptr);
+    // Each part looks only at its own fields; a part the platform refuses is left out.
+    date = make(1500, 1, 1);
+    length = 0;
+    CHECK((text(L"yyyy", nullptr) == L"(null)" && length == 1 && text(L"yyyy", nullptr).empty()));
+    date = make(2012, 1, 1, 25);
+    length = 64;
+    CHECK(text(L"yyyy", L"HH") == L"2012");
+    CHECK(_wtoi(TDToString(nullptr, L"yyyy", nullptr, buffer, &length)) == TDGetYears(nullptr));
+}
+
+TEST_CASE("text written by a picture reads back to the same date, in any case")
+{
+    const wchar_t* pictures[2][2] = {{L"dd.MM.yyyy ", L"HH:mm:ss"},
+                                     {L"dddd, MMMM yyyy, ", L"hh:mm:ss tt"}};
+    Random r{47689};
+    for (int i = 0; i < 1000; ++i) {
+        TDDate date = r.date(3000000);  // four-digit years
+        const wchar_t** picture = pictures[i % 2];
+        wchar_t text[100];
+        int32_t length = 100;
+        date.milliSeconds = 0;
+        REQUIRE(TDToString(&date, picture[0], picture[1], text, &length) == text);
+        if (i % 2) {  // a day name and a day number cannot share a picture
+            for (wchar_t* unit = text; *unit; ++unit)
+                *unit = wchar_t(i % 4 == 1 ? towupper(*unit) : towlower(*unit));
+            date.dayOfWeek = uint16_t(weekday(day_number(date)));
+            date.day = 0;
+        }
+        CAPTURE(std::string(text, text + wcslen(text)));
+        // The 12-hour clock writes 12 for midnight and noon, which reading refuses.
+        CHECK(same(read(text, (std::wstring(picture[0]) + picture[1]).c_str()),
+                   i % 2 && date.hour % 12 == 0 ? kFailed : date));
+    }
+}
+
+TEST_CASE("leap years, heap objects, the current time and the exports")
+{
+    CHECK((IsLeapYear(2000) && IsLeapYear(2012) && !IsLeapYear(1900) && !IsLeapYear(2013)));
+    NoLeak leak;
+    TDDate *date = TDNew(), now;
+    CHECK((date && same(*date, make(0, 0, 0))));
+    TDFree(date);
+    AllAllocationsFail failing;
+    CHECK(TDNew() == nullptr);
+    CHECK((TDGetActTime(&now)->year >= 2020 && now.month - 1u < 12 && now.dayOfWeek <= 6));
+    CHECK(TDGetYears(nullptr) >= now.year);
+    CHECK(missing_exports({"TDNew", "TDInit", "TDFree", "TDCopy", "TDCmp", "TDInRange", "TDAdd",
+                           "TDSubst", "TDSetTime", "TDSetInterval", "TDGetActTime", "IsLeapYear",
+                           "TDGetYears", "TDGetMonths", "TDGetDays", "TDGetHours", "TDGetMinutes",
+                           "TDGetSeconds", "TDGetMilliSeconds", "TDGetDayOfWeek", "TDGetDayOfYear",
+                           "TDGetWeekOfYear", "TDFromString", "TDToString"}) == "");
+}
