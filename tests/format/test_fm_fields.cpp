@@ -38,7 +38,7 @@ TEST_CASE("the readers take digits, the last sign and the last separator from an
     for (const auto& row : doubles)
         CHECK(FMToDouble(row.first) == doctest::Approx(row.second).epsilon(1e-15));
     CHECK((FMToDouble(nullptr) == 0.0 && signbit(FMToDouble(L"-")) && FMToInt(nullptr) == 0 && FMToULong(L"") == 0u));
-    CHECK((FMToInt(L"2147483648") == INT32_MIN && FMToInt(L"12-") == -12 && FMToInt(L"1.5") == 15));
+    CHECK((FMToInt(L"2147483648") == INT32_MIN && FMToInt(L"12-") == -12 && FMToInt(L"-1.5+") == 15));
     CHECK((FMToLong(L" -1,234 kg") == -1234 && FMToUInt(L"4294967296") == 0u && FMToULong(L"-1") == 1u));
 }
 
