@@ -120,7 +120,7 @@ TEST_CASE("long random runs of inserts and deletes keep the tree balanced, linke
 TEST_CASE("a refused allocation leaves the tree as it was")
 {
     NoLeak leak;
-    CHECK(fail_each_allocation([](bool) {
+    CHECK(fail_each_allocation([]() {
               Checked t;
               if (!t.tree)
                   return;

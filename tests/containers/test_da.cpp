@@ -75,7 +75,7 @@ TEST_CASE("a refused allocation leaves the array as it was")
 {
     NoLeak leak;
     CHECK((DACreate(0, 10) == nullptr && DACreate(4, 0) == nullptr && DACreate(1 << 16, 1 << 15) == nullptr));
-    CHECK(fail_each_allocation([](bool) {
+    CHECK(fail_each_allocation([]() {
               if (DA* da = DACreate(8, 2))
                   DADestroy(da);
           }) == 2);

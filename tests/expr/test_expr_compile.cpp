@@ -200,7 +200,7 @@ TEST_CASE("exhaustion while compiling gives E_OUTOFMEMORY and still closes the e
 {
     NoLeak leak;
     Sheet e;
-    fail_each_allocation([&e](bool) {
+    fail_each_allocation([&e]() {
         for (const wchar_t* text : {L"s = s + 'x' + \"abc\"", L"d = f2(a, 2) + bf[1] + 1.5 + 2.5", L"dt = dt + dt",
                                     L"bf = bf + 1", L"s + 1"}) {
             const uint32_t before = e.size();

@@ -54,7 +54,7 @@ TEST_CASE("arena growth carries every earlier constant along")
 TEST_CASE("init and defines survive exhaustion")
 {
     NoLeak leak;
-    fail_each_allocation([](bool) {
+    fail_each_allocation([]() {
         ExprContext ctx;
         const ZORStatus status = ExprInit(&ctx, 32, 32, 1, 1, L";", 1, nullptr, nullptr, nullptr, nullptr, nullptr);
         CHECK((status == 0 || status == ZOR_E_OUTOFMEMORY));

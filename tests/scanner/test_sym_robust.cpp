@@ -60,7 +60,7 @@ TEST_CASE("exhaustion in SymInit leaves nothing allocated; SymSetKeyword keeps t
 {
     NoLeak leak;
     for (int32_t mode : {0, 1}) {
-        long made = fail_each_allocation([mode](bool) {
+        long made = fail_each_allocation([mode]() {
             SymScanner sc;
             if (ZORStatus status = SymInit(&sc, 16, 16, 0, mode)) {
                 CHECK((status == ZOR_E_OUTOFMEMORY && !sc.alpha && !sc.alphaUpper && !sc.raw && !sc.keywords));

@@ -163,7 +163,7 @@ TEST_CASE("exhaustion leaves the object valid and empty, scratch failures untouc
 {
     NoLeak leak;
     Local s(L"  keep  ");
-    long requests = fail_each_allocation([](bool) {
+    long requests = fail_each_allocation([]() {
         // The object on success; on failure null and an empty object.
         auto held = [](TSString* result, TSString* ts) {
             CHECK((result == ts || (!result && TSEmpty(ts))));

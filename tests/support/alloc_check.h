@@ -28,16 +28,15 @@ public:
     AllAllocationsFail& operator=(const AllAllocationsFail&) = delete;
 };
 
-// Runs scenario(failed) with the nth request failing for n = 1, 2, ...;
-// `failed` tells the scenario whether its own failure was injected. Returns
-// the number of requests a clean run makes.
+// Runs the scenario with its nth request failing for n = 1, 2, ... until a
+// run makes fewer than n requests, i.e. ran clean. Returns that run's count.
 template <class Scenario>
 long fail_each_allocation(Scenario scenario)
 {
     for (long n = 1;; ++n) {
         long before = zor_alloc_probe::requests();
         zor_alloc_probe::fail_nth(n);
-        scenario(true);
+        scenario();
         long made = zor_alloc_probe::requests() - before;
         zor_alloc_probe::fail_nth(0);
         if (made < n)
