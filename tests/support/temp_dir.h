@@ -1,0 +1,68 @@
+// A private directory under the user's temporary folder, named with the
+// process id, removed with everything in it when the scope ends. With
+// `make_current` it is also the current directory for the scope, for code
+// that works relative to it.
+#pragma once
+
+#include <doctest/doctest.h>
+
+#include <string>
+
+#include <windows.h>
+
+class TempDir {
+public:
+    explicit TempDir(bool make_current = false)
+    {
+        wchar_t base[MAX_PATH] = {};
+        REQUIRE(GetTempPathW(MAX_PATH, base) != 0);
+        static long serial = 0;
+        m_path = std::wstring(base) + L"zor" + std::to_wstring(GetCurrentProcessId()) + L"-" +
+                 std::to_wstring(++serial);
+        REQUIRE(CreateDirectoryW(m_path.c_str(), nullptr));
+        if (make_current) {
+            wchar_t old[MAX_PATH] = {};
+            GetCurrentDirectoryW(MAX_PATH, old);
+            m_old_current = old;
+            REQUIRE(SetCurrentDirectoryW(m_path.c_str()));
+        }
+    }
+    ~TempDir()
+    {
+        if (!m_old_current.empty())
+            SetCurrentDirectoryW(m_old_current.c_str());
+        remove_tree(m_path);
+    }
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    const std::wstring& path() const { return m_path; }
+    // The full name of `name` inside the directory.
+    std::wstring file(const std::wstring& name) const { return m_path + L"\\" + name; }
+
+    static void remove_tree(const std::wstring& dir)
+    {
+        WIN32_FIND_DATAW found;
+        HANDLE walk = FindFirstFileW((dir + L"\\*").c_str(), &found);
+        if (walk != INVALID_HANDLE_VALUE) {
+            do {
+                std::wstring name = found.cFileName;
+                if (name == L"." || name == L"..")
+                    continue;
+                std::wstring full = dir + L"\\" + name;
+                if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
+                    remove_tree(full);
+                } else {
+                    SetFileAttributesW(full.c_str(), FILE_ATTRIBUTE_NORMAL);
+                    DeleteFileW(full.c_str());
+                }
+            } while (FindNextFileW(walk, &found));
+            FindClose(walk);
+        }
+        RemoveDirectoryW(dir.c_str());
+    }
+
+private:
+    std::wstring m_path;
+    std::wstring m_old_current;
+};
