@@ -16,5 +16,6 @@
 #include "zor_fsc.h"
 #include "zor_sym.h"
 #include "zor_expr.h"
+#include "zor_reg.h"
 
 #endif
