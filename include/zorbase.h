@@ -13,5 +13,6 @@
 #include "zor_fsc.h"
 #include "zor_sym.h"
 #include "zor_expr.h"
+#include "zor_trace.h"
 
 #endif
