@@ -17,5 +17,6 @@
 #include "zor_sym.h"
 #include "zor_expr.h"
 #include "zor_reg.h"
+#include "zor_trace.h"
 
 #endif
