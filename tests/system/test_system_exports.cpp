@@ -1,0 +1,11 @@
+#include <doctest/doctest.h>
+
+#include "dll_image.h"
+
+TEST_CASE("the DLL exports the registry family under its names")
+{
+    REQUIRE(zor_load_dll());
+    CHECK(missing_exports({"OpenRegKey", "CreateRegKey", "CloseRegKey", "DeleteRegKey",
+                           "EnumRegKey", "EnumRegValue", "QueryRegEntryBool", "QueryRegEntryDWord",
+                           "QueryRegEntryLong", "QueryRegEntryString"}) == "");
+}
