@@ -27,6 +27,3 @@ set(CMAKE_C_FLAGS_INIT   "-specs=${ZOR_UCRT_SPECS}")
 set(CMAKE_CXX_FLAGS_INIT "-specs=${ZOR_UCRT_SPECS}")
 set(CMAKE_EXE_LINKER_FLAGS_INIT    "-specs=${ZOR_UCRT_SPECS} -static-libgcc -static-libstdc++")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-specs=${ZOR_UCRT_SPECS} -static-libgcc -static-libstdc++")
-
-find_program(ZOR_WINE wine REQUIRED)
-set(CMAKE_CROSSCOMPILING_EMULATOR ${ZOR_WINE})

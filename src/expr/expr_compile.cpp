@@ -7,6 +7,7 @@
 #include <string.h>
 
 #include "expr_internal.h"
+#include "expr_op_facts.h"
 #include "expr_ops.h"
 
 namespace {
@@ -32,61 +33,24 @@ const wchar_t* const kTypeNames[8] = {L"EXT_Void",   L"EXT_Char",     L"EXT_Long
 // Shared by all objects: the text of the last type mismatch.
 wchar_t g_mismatchText[64];
 
-// What a binary operator's result is: the common type of its balanced
-// operands, a truth value, or the left operand's type (shifts).
-enum class Result : uint8_t { Common, Long, Left };
-
-struct BinaryOperator {
-    int32_t  token;
-    uint32_t opcode;
-    uint8_t  priority;  // 0 binds loosest
-    Result   result;
-};
-
-const BinaryOperator kBinaryOperators[] = {
-    {SYM_OR, EOP_LOR, 0, Result::Long},  {SYM_AND, EOP_LAND, 1, Result::Long},
-    {'|', EOP_OR, 2, Result::Common},    {'^', EOP_XOR, 3, Result::Common},
-    {'&', EOP_AND, 4, Result::Common},   {SYM_EQ, EOP_EQU, 5, Result::Long},
-    {SYM_NE, EOP_NEQ, 5, Result::Long},  {SYM_LE, EOP_LEQ, 6, Result::Long},
-    {SYM_GE, EOP_GEQ, 6, Result::Long},  {'<', EOP_LT, 6, Result::Long},
-    {'>', EOP_GT, 6, Result::Long},      {SYM_SHL, EOP_SHL, 7, Result::Left},
-    {SYM_SHR, EOP_SHR, 7, Result::Left}, {'+', EOP_ADD, 8, Result::Common},
-    {'-', EOP_SUB, 8, Result::Common},   {'*', EOP_MUL, 9, Result::Common},
-    {'/', EOP_DIV, 9, Result::Common},   {'%', EOP_MOD, 9, Result::Common},
-};
-
-const BinaryOperator* binary_operator(int32_t token)
+// The binary operator written with `token`, or null.
+const ExprOpFacts* binary_operator(int32_t token)
 {
-    for (const BinaryOperator& op : kBinaryOperators)
-        if (op.token == token)
-            return &op;
+    static constexpr ExprOpsOfForm<ExprOpForm::Binary> kBinary;
+    for (uint8_t op : kBinary.opcodes)
+        if (kExprOpFacts[op].token == token)
+            return &kExprOpFacts[op];
     return nullptr;
 }
 
-struct TokenOpcode {
-    int32_t  token;
-    uint32_t opcode;
-};
-
-const TokenOpcode kAssignments[] = {
-    {'=', EOP_ASS},
-    {SYM_MUL_ASSIGN, EOP_MULASS}, {SYM_DIV_ASSIGN, EOP_DIVASS}, {SYM_MOD_ASSIGN, EOP_MODASS},
-    {SYM_ADD_ASSIGN, EOP_ADDASS}, {SYM_SUB_ASSIGN, EOP_SUBASS}, {SYM_SHL_ASSIGN, EOP_SHLASS},
-    {SYM_SHR_ASSIGN, EOP_SHRASS}, {SYM_AND_ASSIGN, EOP_ANDASS}, {SYM_XOR_ASSIGN, EOP_XORASS},
-    {SYM_OR_ASSIGN, EOP_ORASS},
-};
-
-const TokenOpcode kPrefixOperators[] = {
-    {SYM_INC, EOP_PREINC}, {SYM_DEC, EOP_PREDEC}, {'+', EOP_POS}, {'-', EOP_NEG},
-    {'!', EOP_LNOT},       {'~', EOP_NOT},       {'*', EOP_DRF}, {'&', EOP_ADR},
-};
-
-template <size_t N>
-uint32_t opcode_of(const TokenOpcode (&table)[N], int32_t token)
+// The assignment or prefix operator written with `token`, or EOP_END.
+template <ExprOpForm Form>
+uint32_t opcode_of(int32_t token)
 {
-    for (const TokenOpcode& entry : table)
-        if (entry.token == token)
-            return entry.opcode;
+    static constexpr ExprOpsOfForm<Form> kOps;
+    for (uint8_t op : kOps.opcodes)
+        if (kExprOpFacts[op].token == token)
+            return op;
     return EOP_END;
 }
 
@@ -99,7 +63,11 @@ public:
 
 private:
     ExprContext* m_expr;
-    uint32_t     m_depth = 0;
+    int32_t      m_depth = -1;  // the formula itself is no nesting
+    // Set behind a call of a function that is not called (EXT_Void or a type
+    // above EXT_Date): it leaves its arguments and no value on the stack, so
+    // nothing may be compiled on top of it.
+    bool         m_valueless = false;
 
     // The token stream: a lent one where the caller set it, else our own.
     void advance()
@@ -175,6 +143,8 @@ ZORStatus Compiler::reserve_end_slot()
 
 ZORStatus Compiler::append(const ExprInstr& instr)
 {
+    if (m_valueless)
+        return fail_at_token(ZOR_DISP_E_TYPEMISMATCH);
     if (!DAAddElem(code(), &instr))
         return ZOR_E_OUTOFMEMORY;
     if (reserve_end_slot() != ZOR_S_OK) {
@@ -316,7 +286,7 @@ ZORStatus Compiler::assignment()
     ZORStatus status = enter();
     if (status == ZOR_S_OK)
         status = binary(0);
-    const uint32_t opcode = opcode_of(kAssignments, token());
+    const uint32_t opcode = opcode_of<ExprOpForm::Assignment>(token());
     if (status != ZOR_S_OK || opcode == EOP_END) {
         --m_depth;
         return status;
@@ -353,9 +323,11 @@ ZORStatus Compiler::binary(uint8_t minPriority)
     for (;;) {
         if (status != ZOR_S_OK)
             return status;
-        const BinaryOperator* op = binary_operator(token());
+        const ExprOpFacts* op = binary_operator(token());
         if (!op || op->priority < minPriority)
             return ZOR_S_OK;
+        if (m_valueless)
+            return fail_at_token(ZOR_DISP_E_TYPEMISMATCH);
         const uint32_t position = size();
         const uint32_t leftType = m_expr->curType;
         advance();
@@ -363,12 +335,12 @@ ZORStatus Compiler::binary(uint8_t minPriority)
         if (status != ZOR_S_OK)
             return status;
         uint32_t resultType = 0;
-        if (op->result == Result::Left) {
+        if (op->result == ExprOpResult::Left) {
             status = convert(position, EXT_Long, true);
             m_expr->curType = resultType = leftType;
         } else {
             status = convert(position, leftType, false);
-            if (op->result == Result::Long)
+            if (op->result == ExprOpResult::Long)
                 resultType = EXT_Long;
         }
         if (status == ZOR_S_OK)
@@ -379,7 +351,7 @@ ZORStatus Compiler::binary(uint8_t minPriority)
 
 ZORStatus Compiler::unary()
 {
-    const uint32_t opcode = opcode_of(kPrefixOperators, token());
+    const uint32_t opcode = opcode_of<ExprOpForm::Prefix>(token());
     if (opcode == EOP_END)
         return postfix();
     ZORStatus status = enter();
@@ -411,22 +383,23 @@ ZORStatus Compiler::postfix()
     if (status == ZOR_S_OK && symbol && symbol->storage == EXS_Function)
         status = call(*symbol);
     while (status == ZOR_S_OK) {
-        const int32_t tok = token();
-        if (tok == SYM_INC || tok == SYM_DEC) {
+        const uint32_t opcode = opcode_of<ExprOpForm::Postfix>(token());
+        const ExprOpClass kind = kExprOpFacts[opcode].kind;
+        if (kind == ExprOpClass::PostStep) {
             ExprOperand* target = m_expr->lvalue;
             m_expr->lvalue = &g_exprNoLValue;
             if (target->storage == EXS_Const)
                 return ZOR_E_LVALUE_REQUIRED;
-            status = emit(tok == SYM_INC ? EOP_POSTINC : EOP_POSTDEC, 0, nullptr);
+            status = emit(opcode, 0, nullptr);
             if (status != ZOR_S_OK)
                 return status;
             advance();
             expr_record_assignment(m_expr, target);
-        } else if (tok == SYM_ARROW || tok == '.') {
-            status = member(tok == SYM_ARROW ? EOP_IFA : EOP_DFA);
-        } else if (tok == '(') {
+        } else if (kind == ExprOpClass::Refused) {
+            status = member(opcode);
+        } else if (kind == ExprOpClass::Call) {
             return fail_at_token(ZOR_E_FUNCTION_REQUIRED);
-        } else if (tok == '[') {
+        } else if (kind == ExprOpClass::Index) {
             status = index();
         } else {
             break;
@@ -456,6 +429,7 @@ ZORStatus Compiler::call(const ExprOperand& function)
     status = emit(EOP_PAR, 0, nullptr);
     if (status != ZOR_S_OK)
         return status;
+    m_valueless = function.type == EXT_Void || function.type > EXT_Date;
     advance();
     m_expr->lvalue = &g_exprNoLValue;
     return ZOR_S_OK;

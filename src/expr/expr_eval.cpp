@@ -1,6 +1,8 @@
 // The run loop: one pass from a start index to its EOP_END over a stack of
 // instruction indexes. Each instruction fills its own slot and pushes its
 // index; operators find their operands through the indexes they pop.
+#include <windows.h>
+
 #include "zor_expr.h"
 
 #include "../frame/zor_alloc.h"
@@ -10,6 +12,11 @@
 namespace {
 
 constexpr int32_t kStackStep = 20;
+
+// A nested run that would leave less than this much of the thread's stack
+// fails instead: a chain of expressions, each reading what the one before
+// assigns, nests one run per link.
+constexpr ULONG_PTR kStackReserve = 64 * 1024;
 
 ZOR_FORCEINLINE ExprInstr* instructions(const ExprContext* expr)
 {
@@ -30,6 +37,44 @@ ZOR_NOINLINE ZORStatus grow_stack(ExprContext* expr)
     expr->stack = static_cast<int32_t*>(block);
     expr->stackSize += kStackStep;
     return ZOR_S_OK;
+}
+
+bool thread_stack_too_low()
+{
+    ULONG_PTR low = 0, high = 0;
+    GetCurrentThreadStackLimits(&low, &high);
+    volatile char probe = 0;
+    ULONG_PTR here = reinterpret_cast<ULONG_PTR>(&probe);
+    return here < low + kStackReserve;
+}
+
+// The dependency step before a variable is read: the earlier expressions
+// that assign it (its run in xrefList, closed by -1) run first, in order. A
+// run that is cut short (a failed append while laying out) ends at the
+// list's end instead of reading past it.
+ZOR_NOINLINE ZORStatus refresh_variable(ExprContext* expr, int32_t xrefIndex, uint32_t start,
+                                        intptr_t userArg)
+{
+    if (expr->evalErr)
+        return expr->evalErr;
+    for (int32_t i = xrefIndex;; ++i) {
+        const DA* list = expr->xrefList;
+        if (!list || i < 0 || i >= list->count)
+            return ZOR_S_OK;
+        const int32_t entry = reinterpret_cast<const int32_t*>(list->data)[i];
+        if (entry == -1 || entry >= int32_t(start))
+            return ZOR_S_OK;
+        if (thread_stack_too_low())
+            return expr->evalErr = EXPR_E_TOO_DEEP;
+        const int32_t depth = expr->stackDepth;
+        expr->evalErr = ExprEvaluate(expr, uint32_t(entry), userArg);
+        // The inner result must not lie between the operands of the operator
+        // in progress. A stack that was emptied by a failed growth stays so.
+        if (expr->stack && depth <= expr->stackSize)
+            expr->stackDepth = depth;
+        if (expr->evalErr)
+            return expr->evalErr;
+    }
 }
 
 // EOP_PAR: the function's name lies on top of its arguments. The function
@@ -120,7 +165,7 @@ ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
             if (ZOR_UNLIKELY(instr->operand.xrefIndex != -1) &&
                 instr->operand.storage != EXS_Function) {
                 expr->stackDepth = int32_t(depth);
-                status = expr_refresh_variable(expr, instr->operand.xrefIndex, start, userArg);
+                status = refresh_variable(expr, instr->operand.xrefIndex, start, userArg);
                 reload();
                 if (status != ZOR_S_OK)
                     return status;

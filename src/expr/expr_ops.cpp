@@ -92,11 +92,7 @@ ZORStatus postfix_step(ExprContext* expr, ExprInstr* self, ExprInstr* x, ExprIns
 template <uint32_t Op, uint32_t From>
 ZORStatus conversion(ExprContext*, ExprInstr* self, ExprInstr* x, ExprInstr*)
 {
-    constexpr uint32_t kTo = Op == EOP_TO_CHAR ? EXT_Char
-                           : Op == EOP_TO_LONG ? EXT_Long
-                           : Op == EOP_TO_ULONG ? EXT_ULong
-                           : Op == EOP_TO_DOUBLE ? EXT_Double
-                           : EXT_Void;
+    constexpr uint32_t kTo = expr_converts_to(Op);
     if constexpr (!kIsNumber<kTo>)
         return value_convert(Op, From, self->operand.value, x->operand.value);
     else if constexpr (kIsNumber<From>)
@@ -153,24 +149,26 @@ ZORStatus index_operator(ExprContext* expr, ExprInstr* self, ExprInstr* x, ExprI
     }
 }
 
+// The run loop does the ends, the operands and the calls itself; their
+// entries are never called.
 template <uint32_t Op, uint32_t Type>
 constexpr ExprOpHandler handler()
 {
-    if constexpr (Op <= EOP_ORASS || Op == EOP_PREINC || Op == EOP_PREDEC)
-        return Op == EOP_END || Op == EOP_NOP ? not_implemented : assignment<Op, Type>;
-    else if constexpr (Op == EOP_POSTINC || Op == EOP_POSTDEC)
+    constexpr ExprOpClass kKind = kExprOpFacts[Op].kind;
+    if constexpr (kKind == ExprOpClass::Assign)
+        return assignment<Op, Type>;
+    else if constexpr (kKind == ExprOpClass::PostStep)
         return postfix_step<Op, Type>;
-    else if constexpr (Op == EOP_IDX)
-        return index_operator;
-    else if constexpr (Op >= EOP_TO_CHAR)
-        return conversion<Op, Type>;
-    else if constexpr (Op == EOP_DRF || Op == EOP_ADR || Op >= EOP_PAR)
-        return not_implemented;  // EOP_PAR is the run loop's
-    else if constexpr (Op == EOP_LOR || Op == EOP_LAND || Op == EOP_LNOT ||
-                       (Op >= EOP_EQU && Op <= EOP_GEQ))
-        return truth_operator<Op>;
-    else
+    else if constexpr (kKind == ExprOpClass::Value)
         return value_operator<Op, Type>;
+    else if constexpr (kKind == ExprOpClass::Truth)
+        return truth_operator<Op>;
+    else if constexpr (kKind == ExprOpClass::Index)
+        return index_operator;
+    else if constexpr (kKind == ExprOpClass::Convert)
+        return conversion<Op, Type>;
+    else
+        return not_implemented;
 }
 
 template <uint32_t Op, size_t... Type>
@@ -187,5 +185,5 @@ constexpr std::array<ExprOpHandlerRow, sizeof...(Op)> table(std::index_sequence<
 
 }
 
-const std::array<ExprOpHandlerRow, EOP_TO_STRING + 1> kExprOpHandlers =
-    table(std::make_index_sequence<EOP_TO_STRING + 1>());
+const std::array<ExprOpHandlerRow, kExprOpCount> kExprOpHandlers =
+    table(std::make_index_sequence<kExprOpCount>());

@@ -1,33 +1,14 @@
 // The cross-reference: which earlier expressions assign a variable, laid out
-// as runs of start indexes, and the step that re-runs them before a read.
-#include <windows.h>
-
+// as runs of start indexes. The run loop re-runs them before a read.
 #include <algorithm>
 
 #include "expr_ops.h"
 #include "../frame/zor_alloc.h"
-#include "../frame/zor_platform.h"
 #include "zor_status.h"
 
 namespace {
 
 constexpr int32_t kRunEnd = -1;
-
-// A nested run that would leave less than this much of the thread's stack
-// fails instead: a chain of expressions, each reading what the one before
-// assigns, nests one run per link.
-constexpr ULONG_PTR kStackReserve = 64 * 1024;
-
-bool stack_too_low()
-{
-    ULONG_PTR low = 0, high = 0;
-    GetCurrentThreadStackLimits(&low, &high);
-    volatile char probe = 0;
-    ULONG_PTR here = reinterpret_cast<ULONG_PTR>(&probe);
-    return here < low + kStackReserve;
-}
-
-int32_t* list_data(const DA* list) { return reinterpret_cast<int32_t*>(list->data); }
 
 // Every instruction that copied a variable's operand at compile time gets the
 // variable's link. One pass over the code with a sorted look-up; should the
@@ -176,31 +157,4 @@ ZORStatus ExprXRef(ExprContext* expr)
         zor_free(walk.variables);
     }
     return ZOR_S_OK;
-}
-
-// A run that is cut short (a failed append while laying out) ends at the
-// list's end instead of reading past it.
-ZORStatus expr_refresh_variable(ExprContext* expr, int32_t xrefIndex, uint32_t start,
-                                intptr_t userArg)
-{
-    if (expr->evalErr)
-        return expr->evalErr;
-    for (int32_t i = xrefIndex;; ++i) {
-        const DA* list = expr->xrefList;
-        if (!list || i < 0 || i >= list->count)
-            return ZOR_S_OK;
-        int32_t entry = list_data(list)[i];
-        if (entry == kRunEnd || entry >= int32_t(start))
-            return ZOR_S_OK;
-        if (stack_too_low())
-            return expr->evalErr = EXPR_E_TOO_DEEP;
-        int32_t depth = expr->stackDepth;
-        expr->evalErr = ExprEvaluate(expr, uint32_t(entry), userArg);
-        // The inner result must not lie between the operands of the operator
-        // in progress. A stack that was emptied by a failed growth stays so.
-        if (expr->stack && depth <= expr->stackSize)
-            expr->stackDepth = depth;
-        if (expr->evalErr)
-            return expr->evalErr;
-    }
 }
