@@ -69,7 +69,8 @@ enum {
 #define EXPR_RUN_ALL 0xFFFFFFFFu
 
 /* The compiler nests once per parenthesis, bracket, argument, right side of
-   an assignment and prefix operator. Text nested deeper than this fails with
+   an assignment and prefix operator; the formula itself is no nesting, so
+   "((1))" is nested 2 deep. Text nested deeper than this fails with
    EXPR_E_TOO_DEEP (the platform's stack-overflow code in failure form), at
    the token that went too deep, instead of exhausting the thread's stack:
    the deepest text accepted needs at most about 400 KB of it. */
@@ -127,7 +128,10 @@ typedef struct ExprBitField {
      EXT_Date                       ExprDateFn      (copied; the function keeps its object)
    A function defined with EXT_Void or a type above EXT_Date is not called:
    its EOP_PAR leaves the arguments on the stack and pushes itself, with no
-   value behind it. */
+   value behind it. Such a call may therefore only end a formula: ExprCompile
+   refuses any operator, index, member, argument, assignment or conversion
+   applied to its result with DISP_E_TYPEMISMATCH, at the token where it met
+   that use, so that no operator ever runs on an operand without a value. */
 typedef void (*ExprUserFn)(void);
 typedef int32_t (*ExprIntFn)(ExprContext* expr, intptr_t userArg);
 typedef double (*ExprDoubleFn)(ExprContext* expr, intptr_t userArg);

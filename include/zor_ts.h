@@ -38,7 +38,13 @@ ZOR_API TSString* TSSetStrN(TSString* ts, const wchar_t* text, int32_t n);
 ZOR_API TSString* TSSetLen(TSString* ts, int32_t n);
 ZOR_API TSString* TSFromCh(TSString* ts, wchar_t ch);
 /* Text beyond 512 units is cut; TSStr uses "%*.*f", or "%*.*e" with
-   precision -precision when precision is negative. */
+   precision -precision when precision is negative. TSStr formats in a
+   scratch area on the stack, so like any setter it fails only when the
+   string's own block cannot be had (null, empty object); TSCStr's scratch
+   block is on the heap, and its failure gives null with `ts` unchanged.
+   Widths beyond 2,000 units and precisions beyond 1,100 digits are brought
+   down to those: the first 512 units are the same either way, and the call
+   stays fast. */
 ZOR_API TSString* TSCStr(TSString* ts, double value, const wchar_t* format);
 ZOR_API TSString* TSStr(TSString* ts, double value, int32_t width, int32_t precision);
 
@@ -93,7 +99,10 @@ ZOR_API int32_t TSStrRPos(const TSString* ts, const wchar_t* needle, int32_t low
 
 /* Conversion. Number text follows the runtime locale, rounds to nearest on
    the exact binary value with ties to even, and is cut at 512 units.
-   TSFromDoubleFmt with negative `decimals` gives six decimals, as "%lf".
+   TSFromDoubleFmt with negative `decimals` gives six decimals, as "%lf";
+   more than 1,100 decimals print as 1,100 would, which reaches the cut
+   anyway. TSFromDouble and TSFromDoubleFmt format on the stack and fail
+   only as the setters do. 
    TSSetLocale passes both arguments to _wsetlocale and returns its result:
    the locale's name, or null when the request fails. */
 ZOR_API double    TSVal(const TSString* ts);

@@ -3,6 +3,8 @@
 #include <stdint.h>
 #include <string.h>
 
+#include <algorithm>
+
 #include "../frame/zor_alloc.h"
 #include "da_tail.h"
 
@@ -123,13 +125,22 @@ void* DAInsertElem(DA* da, int32_t index, const void* elem)
         && !grow_to(da, static_cast<int64_t>(da->capacity) + da->growth, &elem))
         return nullptr;
     unsigned char* target = slot(da, index);
-    // The source may itself lie in the tail that moves up by one.
-    if (offset_in_block(da, elem) >= static_cast<int64_t>(index) * da->elemSize)
-        elem = static_cast<const unsigned char*>(elem) + da->elemSize;
-    memmove(target + da->elemSize, target,
-            static_cast<size_t>(da->count - index) * static_cast<size_t>(da->elemSize));
+    const size_t tailBytes = static_cast<size_t>(da->count - index) * static_cast<size_t>(da->elemSize);
+    const int64_t offset = offset_in_block(da, elem);
+    const int64_t tailBegin = static_cast<int64_t>(index) * da->elemSize;
+    const int64_t tailEnd = tailBegin + static_cast<int64_t>(tailBytes) + da->elemSize;
     ++da->count;
-    memmove(target, elem, static_cast<size_t>(da->elemSize));
+    if (offset < 0 || offset + da->elemSize <= tailBegin || offset >= tailEnd) {
+        memmove(target + da->elemSize, target, tailBytes);
+        memmove(target, elem, static_cast<size_t>(da->elemSize));
+        return target;
+    }
+    // The source lies in the tail that moves, or in the spare slot behind it
+    // that the move overwrites: park it in that slot first, as it stands, and
+    // rotate it to the front of the tail.
+    unsigned char* spare = target + tailBytes;
+    memmove(spare, elem, static_cast<size_t>(da->elemSize));
+    std::rotate(target, spare, spare + da->elemSize);
     return target;
 }
 

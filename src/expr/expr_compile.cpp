@@ -64,7 +64,11 @@ public:
 
 private:
     ExprContext* m_expr;
-    uint32_t     m_depth = 0;
+    int32_t      m_depth = -1;  // the formula itself is no nesting
+    // Set behind a call of a function that is not called (EXT_Void or a type
+    // above EXT_Date): it leaves its arguments and no value on the stack, so
+    // nothing may be compiled on top of it.
+    bool         m_valueless = false;
 
     // The token stream: a lent one where the caller set it, else our own.
     void advance()
@@ -140,6 +144,8 @@ ZORStatus Compiler::reserve_end_slot()
 
 ZORStatus Compiler::append(const ExprInstr& instr)
 {
+    if (m_valueless)
+        return fail_at_token(ZOR_DISP_E_TYPEMISMATCH);
     if (!DAAddElem(code(), &instr))
         return ZOR_E_OUTOFMEMORY;
     if (reserve_end_slot() != ZOR_S_OK) {
@@ -321,6 +327,8 @@ ZORStatus Compiler::binary(uint8_t minPriority)
         const ExprOpFacts* op = binary_operator(token());
         if (!op || op->priority < minPriority)
             return ZOR_S_OK;
+        if (m_valueless)
+            return fail_at_token(ZOR_DISP_E_TYPEMISMATCH);
         const uint32_t position = size();
         const uint32_t leftType = m_expr->curType;
         advance();
@@ -422,6 +430,7 @@ ZORStatus Compiler::call(const ExprOperand& function)
     status = emit(EOP_PAR, 0, nullptr);
     if (status != ZOR_S_OK)
         return status;
+    m_valueless = function.type == EXT_Void || function.type > EXT_Date;
     advance();
     m_expr->lvalue = &g_exprNoLValue;
     return ZOR_S_OK;

@@ -41,7 +41,7 @@ TSString* TSFromDoubleFmt(TSString* ts, double value, int32_t decimals)
     // A negative precision means none given; not every runtime reads it so.
     if (decimals < 0)
         return TSFromDouble(ts, value);
-    return ts_set_formatted(ts, L"%.*lf", int(decimals), value);
+    return ts_set_formatted(ts, L"%.*lf", ts_clamp(decimals, kMaxFormatPrecision), value);
 }
 
 wchar_t* TSSetLocale(int category, const wchar_t* locale) { return _wsetlocale(category, locale); }

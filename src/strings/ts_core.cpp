@@ -10,7 +10,10 @@
 
 namespace {
 
-wchar_t g_emptyText[1];  // the one shared empty text; never written
+// The one shared empty text. Const data lands in a read-only section, so a
+// caller's stray write through TSGetStr faults instead of changing every
+// empty string of the process.
+const wchar_t g_emptyText[1] = {0};
 
 // Resizes the block to exactly `units` units (terminator included). On
 // exhaustion the old block is released and the string left empty.
@@ -26,23 +29,41 @@ bool resize_block(TSString* ts, int32_t units)
     return true;
 }
 
-// Scratch size of the number formatters: text beyond it is cut.
-constexpr int32_t kFormatCut = 512;
+// Cuts at kFormatCut units; the zeroed unit behind terminates every text.
+TSString* set_formatted(TSString* ts, wchar_t* scratch, const wchar_t* format, va_list args)
+{
+    zor::counted_vswprintf(scratch, kFormatCut, format, args);
+    return TSSetStr(ts, scratch);
+}
 
 }
 
 TSString* ts_set_formatted(TSString* ts, const wchar_t* format, ...)
+{
+    wchar_t scratch[kFormatCut + 1] = {};
+    va_list args;
+    va_start(args, format);
+    TSString* result = set_formatted(ts, scratch, format, args);
+    va_end(args);
+    return result;
+}
+
+TSString* ts_set_formatted_on_heap(TSString* ts, const wchar_t* format, ...)
 {
     wchar_t* scratch = static_cast<wchar_t*>(zor_calloc(kFormatCut + 1, sizeof(wchar_t)));
     if (!scratch)
         return nullptr;
     va_list args;
     va_start(args, format);
-    zor::counted_vswprintf(scratch, kFormatCut, format, args);
+    TSString* result = set_formatted(ts, scratch, format, args);
     va_end(args);
-    TSString* result = TSSetStr(ts, scratch);
     zor_free(scratch);
     return result;
+}
+
+int ts_clamp(int64_t value, int limit)
+{
+    return int(value < -limit ? -limit : value > limit ? limit : value);
 }
 
 TSString* TSNew(void)
@@ -91,7 +112,10 @@ int TSEmpty(const TSString* ts) { return ts->size == 0; }
 
 int32_t TSGetLen(const TSString* ts) { return ts->size ? ts->size - 1 : 0; }
 
-wchar_t* TSGetStr(const TSString* ts) { return ts->size ? ts->data : g_emptyText; }
+wchar_t* TSGetStr(const TSString* ts)
+{
+    return ts->size ? ts->data : const_cast<wchar_t*>(g_emptyText);
+}
 
 wchar_t TSGetChar(const TSString* ts, int32_t index)
 {
@@ -154,14 +178,20 @@ TSString* TSFromCh(TSString* ts, wchar_t ch) { return TSSetStrN(ts, &ch, 1); }
 
 TSString* TSCStr(TSString* ts, double value, const wchar_t* format)
 {
-    return ts_set_formatted(ts, format, value);
+    return ts_set_formatted_on_heap(ts, format, value);
 }
 
 TSString* TSStr(TSString* ts, double value, int32_t width, int32_t precision)
 {
-    if (precision < 0)
-        return ts_set_formatted(ts, L"%*.*e", int(width), int(-precision), value);
-    return ts_set_formatted(ts, L"%*.*f", int(width), int(precision), value);
+    const int64_t digits = precision < 0 ? -int64_t(precision) : precision;
+    const int kept = ts_clamp(digits, kMaxFormatPrecision);
+    // The text gets shorter by the digits dropped; a right-justified field
+    // shrinks by as much, so that its padding stays the same.
+    int64_t field = width;
+    if (field > 0)
+        field = field > digits - kept ? field - (digits - kept) : 0;
+    return ts_set_formatted(ts, precision < 0 ? L"%*.*e" : L"%*.*f", ts_clamp(field, kMaxFormatWidth),
+                            kept, value);
 }
 
 TSString* TSAdd(TSString* dst, const TSString* src)

@@ -71,6 +71,32 @@ TEST_CASE("insertion shifts the tail, sets at or behind the end, and grows one s
     DADestroy(own);
 }
 
+// Every byte offset of the block as the source, before, inside and behind
+// the tail, in arrays that do and do not grow: the stored element is always
+// the one that stood there before the call.
+TEST_CASE("insertion takes a source from anywhere in the array's own block as it stood")
+{
+    NoLeak leak;
+    for (int32_t size : {1, 3, 4})
+        for (int32_t count = 1; count < 6; ++count)
+            for (int32_t index = 0; index < count; ++index)
+                for (int32_t offset = 0; offset + size <= 6 * size; ++offset) {
+                    DA* da = DACreate(size, 6);
+                    for (int32_t i = 0; i < 6 * size; ++i)
+                        da->data[i] = static_cast<unsigned char>(i + 1);
+                    da->count = count;
+                    std::vector<unsigned char> expected(da->data, da->data + count * size);
+                    expected.insert(expected.begin() + index * size, da->data + offset, da->data + offset + size);
+                    CAPTURE(size);
+                    CAPTURE(count);
+                    CAPTURE(index);
+                    CAPTURE(offset);
+                    REQUIRE(DAInsertElem(da, index, da->data + offset) == da->data + index * size);
+                    CHECK(std::vector<unsigned char>(da->data, da->data + (count + 1) * size) == expected);
+                    DADestroy(da);
+                }
+}
+
 TEST_CASE("a refused allocation leaves the array as it was")
 {
     NoLeak leak;

@@ -166,8 +166,63 @@ TEST_CASE("deep nesting fails with a code instead of exhausting the stack")
         CAPTURE(std::wstring(unit));
         CHECK((e.compile((deep + L"1").c_str()) == EXPR_E_TOO_DEEP && e.at(e.size() - 1).opcode == EOP_END));
     }
-    const std::wstring fits(EXPR_MAX_NESTING - 1, L'(');
-    CHECK(e.compile((fits + L"1" + std::wstring(EXPR_MAX_NESTING - 1, L')')).c_str()) == 0);
+    // Every form of nesting: exactly the limit fits, one more fails.
+    const std::pair<const wchar_t*, const wchar_t*> forms[] = {
+        {L"(", L")"}, {L"- ", L""}, {L"a[", L"]"}, {L"f(", L")"}, {L"a = ", L""}};
+    for (const auto& form : forms)
+        for (int depth : {EXPR_MAX_NESTING, EXPR_MAX_NESTING + 1}) {
+            std::wstring text;
+            for (int i = 0; i < depth; ++i)
+                text += form.first;
+            text += L"1";
+            for (int i = 0; i < depth; ++i)
+                text += form.second;
+            CAPTURE(text);
+            CHECK(e.compile(text.c_str()) == (depth > EXPR_MAX_NESTING ? EXPR_E_TOO_DEEP : 0));
+        }
+}
+
+// A function that is not called leaves its arguments and no value on the
+// stack, so nothing may be compiled on top of its call; variables of type
+// EXT_Void have storage and stay usable.
+TEST_CASE("a call without a value ends the formula; every use of it fails the compile")
+{
+    Sheet e;
+    REQUIRE(ExprDefineFn(e, nullptr, L"fv", EXT_Void, 1, EXT_Long) == 0);
+    REQUIRE(ExprDefineFn(e, nullptr, L"fx", 9, 0) == 0);
+    CHECK(e.compile(L"fv(1) == fv(2)[0]") == ZOR_DISP_E_TYPEMISMATCH);
+    std::vector<std::wstring> uses;
+    for (const wchar_t* op : {L"||", L"&&", L"|", L"^", L"&", L"==", L"!=", L"<=", L">=", L"<", L">", L"<<", L">>",
+                              L"+", L"-", L"*", L"/", L"%", L"=", L"+=", L"<<=", L"|="})
+        for (std::wstring form : {L"X @ 1", L"a @ X", L"X @ X", L"s @ X", L"dt @ X"})
+            uses.push_back(form.replace(form.find(L'@'), 1, op));
+    for (const wchar_t* form : {L"-X", L"+X", L"!X", L"~X", L"*X", L"&X", L"++X", L"--X", L"X++", L"X--", L"X[0]",
+                                L"la[X]", L"X.a", L"X->a", L"f(X)", L"anyfn(X)", L"f2(X, 1)", L"f2(1, X)", L"fv(X)"})
+        uses.push_back(form);
+    for (const wchar_t* call : {L"fv(1)", L"fx()", L"(fv(a))"})
+        for (std::wstring text : uses) {
+            for (size_t at = text.find(L'X'); at != std::wstring::npos; at = text.find(L'X'))
+                text.replace(at, 1, call);
+            CAPTURE(text);
+            const ZORStatus status = e.compile(text.c_str());
+            CHECK((status == ZOR_DISP_E_TYPEMISMATCH || status == ZOR_E_LVALUE_REQUIRED));
+        }
+    for (uint32_t wanted = EXT_Char; wanted <= EXT_Date; ++wanted)
+        CHECK(e.compile(L"fv(1)", wanted) == ZOR_DISP_E_TYPEMISMATCH);
+    // Alone, the call compiles and runs, leaving what the header says.
+    for (const wchar_t* alone : {L"fv(7)", L"(fv(7))", L"fx()"}) {
+        CAPTURE(std::wstring(alone));
+        REQUIRE(e.compile(alone) == 0);
+        CHECK((ExprEvaluate(e, e.first, 0) == 0 && e->stackDepth == (alone[0] == L'f' && alone[1] == L'x' ? 1 : 2)));
+        e->stackDepth = 0;
+    }
+    for (const wchar_t* op : {L"==", L"<", L"&&", L"+", L"="}) {
+        const std::wstring text = std::wstring(L"vv ") + op + L" vv";
+        CAPTURE(text);
+        REQUIRE(e.compile(text.c_str()) == 0);
+        CHECK(ExprEvaluate(e, e.first, 0) == 0);
+        e->stackDepth = 0;
+    }
 }
 
 TEST_CASE("random token soups always give a code and close what they appended")

@@ -1,6 +1,7 @@
 #include <doctest/doctest.h>
 
 #include <math.h>
+#include <wchar.h>
 
 #include "locale_scope.h"
 #include "wide_text.h"
@@ -24,6 +25,26 @@ TEST_CASE("FMFormatStr: the first unit of the picture chooses the kind of field"
         CHECK((n >= 0 && n < 63 && buffer.substr(0, size_t(n)) == row.expected && buffer[n] == 0 &&
                buffer[n + 1] == 0xFDFD));
     }
+}
+
+// A hostile field: the text reads as 51456 with a fraction of zeros, and the
+// picture mixes every letter. Zero-suppressing digits in the fraction show a
+// digit only up to the last significant one, so those behind the first
+// fraction digit stay blank even where a forced digit or fill next to them
+// prints 0; the last floating minus takes the plus, and the empty group
+// separator of the initial locale writes nothing.
+TEST_CASE("FMFormatStr: a mixed picture over a long hostile text")
+{
+    std::wstring text;
+    for (int i = 0; text.size() < 160; ++i)
+        text += i % 3 ? L"\x00A0-" : L"\x1ABC+";
+    text += L"51456,0000+";
+    REQUIRE(text.size() == 171);
+    wchar_t out[22];
+    wmemset(out, 0xFDFD, 22);
+    const int32_t n = FMFormatStr(L"##$<#.-*+$+#*,#,$-+-#", 21, text.c_str(), out);
+    CHECK(std::wstring(out, size_t(n)) == L"51456. 0 0  0 000+ ");
+    CHECK((n == 19 && out[19] == 0 && out[20] == 0xFDFD));
 }
 
 TEST_CASE("the readers take digits, the last sign and the last separator from anywhere")

@@ -2,8 +2,11 @@
 
 #include <malloc.h>
 
+#include <algorithm>
+
 #include "alloc_check.h"
 #include "dll_image.h"
+#include "frame/zor_platform.h"
 #include "locale_scope.h"
 #include "wide_text.h"
 #include "zor_ts.h"
@@ -108,6 +111,51 @@ TEST_CASE("numbers round on the exact binary value and cut at 512 units; the loc
     }
 }
 
+// Fields far beyond the cut print what the runtime would print unclamped;
+// the extremes come back at once instead of formatting billions of units.
+TEST_CASE("number fields wider or more precise than the cut print as if unclamped")
+{
+    Local s;
+    const double values[] = {1.5, -1.7976931348623157e308, 4.9406564584124654e-324, 1.0 / 3, -0.0};
+    const int32_t fields[] = {-2100, -1200, -513, -512, -1, 0, 100, 511, 512, 513, 1075, 1200, 2100};
+    std::wstring wide(4000, L'\0');
+    for (double value : values)
+        for (int32_t width : fields)
+            for (int32_t precision : fields) {
+                CAPTURE(value);
+                CAPTURE(width);
+                CAPTURE(precision);
+                const int digits = precision < 0 ? -precision : precision;
+                const int n = zor::counted_swprintf(&wide[0], wide.size(), precision < 0 ? L"%*.*e" : L"%*.*f", int(width),
+                                       digits, value);
+                REQUIRE(n > 0);
+                CHECK(text_of(TSStr(&s, value, width, precision)) == wide.substr(0, std::min(n, 512)));
+            }
+    CHECK(text_of(TSStr(&s, 1.5, INT32_MAX, 2)) == std::wstring(512, L' '));
+    CHECK(text_of(TSStr(&s, 1.5, INT32_MIN, 2)) == L"1.50" + std::wstring(508, L' '));
+    CHECK(text_of(TSStr(&s, 1.5, 0, INT32_MAX)) == L"1.5" + std::wstring(509, L'0'));
+    CHECK(text_of(TSStr(&s, 1.5, 0, INT32_MIN)) == L"1.5" + std::wstring(509, L'0'));
+    CHECK(text_of(TSFromDoubleFmt(&s, 0.25, INT32_MAX)) == L"0.25" + std::wstring(508, L'0'));
+    CHECK(text_of(TSFromDoubleFmt(&s, 0.25, 600)) == L"0.25" + std::wstring(508, L'0'));
+}
+
+// A write through the shared empty text must fault, not change every empty
+// string of the process: its page is read-only, in the core and in the DLL.
+TEST_CASE("the shared empty text lies on a read-only page")
+{
+    Local empty;
+    auto dllGetStr = dll_proc<wchar_t* (*)(const TSString*)>("TSGetStr");
+    REQUIRE(bool(dllGetStr));
+    for (const wchar_t* text : {TSGetStr(&empty), dllGetStr(&empty)}) {
+        MEMORY_BASIC_INFORMATION info = {};
+        REQUIRE(VirtualQuery(text, &info, sizeof info) == sizeof info);
+        CHECK(info.State == MEM_COMMIT);
+        CHECK((info.Protect & (PAGE_READWRITE | PAGE_WRITECOPY | PAGE_EXECUTE_READWRITE |
+                               PAGE_EXECUTE_WRITECOPY)) == 0);
+        CHECK(*text == 0);
+    }
+}
+
 TEST_CASE("extracts clip or refuse; trims take spaces only; substitutions skip their output")
 {
     NoLeak leak;
@@ -194,9 +242,16 @@ TEST_CASE("exhaustion leaves the object valid and empty, scratch failures untouc
     });
     CHECK(requests > 15);
     AllAllocationsFail fail;
-    CHECK((TSCStr(&s, 1.0, L"%f") == nullptr && TSStr(&s, 1.0, 3, 1) == nullptr));
-    CHECK((TSATrim(&s) == &s && TSRep(&s, L"x", 3) == nullptr && text_of(&s) == L"  keep  "));
-    CHECK((TSAddStr(&s, L"more") == nullptr && TSEmpty(&s)));
+    CHECK((TSCStr(&s, 1.0, L"%f") == nullptr && TSATrim(&s) == &s && TSRep(&s, L"x", 3) == nullptr));
+    CHECK(text_of(&s) == L"  keep  ");
+    // The other number writers format on the stack: only the string's block fails.
+    TSString* (*const writers[])(TSString*) = {
+        [](TSString* t) { return TSStr(t, 1.0, 3, 1); }, [](TSString* t) { return TSFromDouble(t, 2.0); },
+        [](TSString* t) { return TSFromDoubleFmt(t, 2.0, 3); }, [](TSString* t) { return TSAddStr(t, L"x"); }};
+    for (auto writer : writers) {
+        Local kept(L"old");
+        CHECK((writer(&kept) == nullptr && TSEmpty(&kept)));
+    }
     CHECK((TSNew() == nullptr && TSClone(L"x") == nullptr));
     CHECK(missing_exports({"TSNew", "TSClear", "TSInit", "TSFree", "TSClone", "TSCloneN", "TSEmpty",
                            "TSGetLen", "TSGetStr", "TSGetChar", "TSCmp", "TSCopy", "TSSetStr",

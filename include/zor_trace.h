@@ -1,0 +1,74 @@
+/* Trace: diagnostic lines through up to four sinks (file, debug output,
+   event log, mailslot), filtered by a level mask and 256 facility switches.
+
+   Levels 0 to 5 print as the letters "?DIWEA". The mask is a set of bits,
+   not a threshold: level n passes when bit n-1 is set, level 0 on bit 31.
+   A level outside 0 to 5 prints as "?" and takes the event type of level 0.
+   Facilities 0 to 255 have a switch (0 off, anything else on); every number
+   from 256 up is always on.
+
+   The file sink appends to one file a day, named by the stem `szBaseName`,
+   the local date as yyyymmdd and ".log" (app20261118.log). After a line
+   that passes the size limit the file is cut down to its last third (the
+   cut falls at a byte, so the first line kept is usually a fragment); at
+   the first line of a new day files older than the retention are deleted.
+   Values that the settings cannot mean:
+   - "TRACESIZE" above 2097151 is no limit: the limit in bytes would pass
+     the largest size that the 32-bit position of the file can show.
+   - "TRACEDAYS" above 65535 keeps 65535 days (the date arithmetic counts
+     days in 16 bits), which in practice keeps every file.
+   - Pruning never deletes what it cannot date. When the cut-off date can't
+     be computed (no memory) nothing is deleted; with an empty stem only
+     names of the daily form (8 digits and ".log") may go, never other files
+     of the directory.
+
+   No function tests `obj` for null. */
+#ifndef ZOR_TRACE_H
+#define ZOR_TRACE_H
+
+#include "zor_api.h"
+
+#ifndef _WINDOWS_
+#include <windows.h>
+#endif
+
+typedef struct TraceObject {
+    wchar_t          szFile[255];     /* file in use: stem, date, ".log" */
+    wchar_t          szLastFile[255]; /* szFile at the last finished file check */
+    wchar_t          szBaseName[255]; /* directory and stem, no date */
+    uint32_t         dwLevelMask;     /* bit n-1 enables level n, bit 31 level 0 */
+    int32_t          aFacility[256];  /* 0 disables a facility */
+    int32_t          bFile;           /* sink switches: on when not 0 */
+    int32_t          bDebug;
+    int32_t          bEventLog;
+    int32_t          bMailslot;
+    int32_t          bNT;             /* the platform has an event log */
+    wchar_t          szPath[100];     /* directory, ending in a separator unless empty */
+    wchar_t          szMailslot[100]; /* full mailslot name */
+    wchar_t          szEventSource[30];
+    uint16_t         awEventType[6];  /* event-log type of each level */
+    int32_t          nDays;           /* retention in days; 0 or less keeps all */
+    int32_t          nSizeKB;         /* file limit in KiB; 0 or less: no limit */
+    CRITICAL_SECTION cs;              /* recursive; held by Trace across all sinks */
+} TraceObject;
+
+/* The library's own object, zero until TraceInit; pTraceObj always points
+   at it, bTraceObjInitialized is 1 from the start of its first TraceInit. */
+ZOR_DATA TraceObject  TraceObj;
+ZOR_DATA TraceObject* pTraceObj;
+ZOR_DATA int32_t      bTraceObjInitialized;
+
+ZOR_API TraceObject* GetTraceObj(void);
+ZOR_API int32_t      IsTraceObjInitialized(void);
+
+/* Stores `enable` as the facility's switch and returns the entry as it was
+   stored before (5 stays 5). A facility of 256 or more is left alone: 0. */
+ZOR_API int32_t EnableTrace(TraceObject* obj, uint32_t facility, int32_t enable);
+
+/* 1 when the level's bit is set in the mask. */
+ZOR_API int32_t TraceLevelEnabled(const TraceObject* obj, int32_t level);
+
+/* The facility's entry as stored, 1 from 256 up; the level takes no part. */
+ZOR_API int32_t TraceFacilityEnabled(const TraceObject* obj, int32_t level, uint32_t facility);
+
+#endif

@@ -1,0 +1,112 @@
+// A trace object of the test's own with its lock, real files in a private
+// directory, and dates computed without the library's date code.
+#pragma once
+
+#include <doctest/doctest.h>
+
+#include <stdio.h>
+#include <string.h>
+
+#include <string>
+#include <vector>
+
+#include <windows.h>
+
+#include "temp_dir.h"
+#include "trace/trace_internal.h"
+#include "wide_text.h"
+
+struct OwnTrace {
+    TraceObject obj;
+    OwnTrace()
+    {
+        memset(&obj, 0, sizeof obj);
+        for (auto& entry : obj.aFacility)
+            entry = 1;
+        obj.nSizeKB = 10000;
+        InitializeCriticalSection(&obj.cs);
+    }
+    ~OwnTrace() { DeleteCriticalSection(&obj.cs); }
+    OwnTrace(const OwnTrace&) = delete;
+    OwnTrace& operator=(const OwnTrace&) = delete;
+
+    // Directory (with its separator) and stem of the daily files.
+    void place(const std::wstring& dir, const std::wstring& stem)
+    {
+        wcscpy(obj.szPath, (dir + L"\\").c_str());
+        wcscpy(obj.szBaseName, (dir + L"\\" + stem).c_str());
+    }
+};
+
+// The local date `days_back` days ago as yyyymmdd, through the system's own
+// calendar.
+inline std::wstring date_back(int days_back)
+{
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    FILETIME stamp;
+    SystemTimeToFileTime(&now, &stamp);
+    ULARGE_INTEGER ticks;
+    ticks.LowPart = stamp.dwLowDateTime;
+    ticks.HighPart = stamp.dwHighDateTime;
+    ticks.QuadPart -= static_cast<unsigned long long>(days_back) * 864000000000ull;
+    stamp.dwLowDateTime = ticks.LowPart;
+    stamp.dwHighDateTime = ticks.HighPart;
+    SYSTEMTIME then;
+    FileTimeToSystemTime(&stamp, &then);
+    wchar_t text[16];
+    swprintf(text, 16, L"%04u%02u%02u", then.wYear, then.wMonth, then.wDay);
+    return text;
+}
+
+inline void write_bytes(const std::wstring& name, const std::string& bytes)
+{
+    FILE* file = _wfopen(name.c_str(), L"wb");
+    REQUIRE(file != nullptr);
+    fwrite(bytes.data(), 1, bytes.size(), file);
+    fclose(file);
+}
+
+inline std::string read_bytes(const std::wstring& name)
+{
+    std::string bytes;
+    FILE* file = _wfopen(name.c_str(), L"rb");
+    if (!file)
+        return bytes;
+    char chunk[65536];
+    size_t got;
+    while ((got = fread(chunk, 1, sizeof chunk, file)) > 0)
+        bytes.append(chunk, got);
+    fclose(file);
+    return bytes;
+}
+
+inline bool file_exists(const std::wstring& name)
+{
+    return GetFileAttributesW(name.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// Names in a directory that match a pattern such as L"TRA*.tmp".
+inline int count_files(const std::wstring& dir, const wchar_t* pattern)
+{
+    WIN32_FIND_DATAW found;
+    HANDLE walk = FindFirstFileW((dir + L"\\" + pattern).c_str(), &found);
+    if (walk == INVALID_HANDLE_VALUE)
+        return 0;
+    int count = 0;
+    do
+        ++count;
+    while (FindNextFileW(walk, &found));
+    FindClose(walk);
+    return count;
+}
+
+// Bytes that differ at every position of a long run, so that a tail taken
+// from the wrong place can't match.
+inline std::string numbered_bytes(size_t size)
+{
+    std::string bytes(size, 0);
+    for (size_t i = 0; i < size; ++i)
+        bytes[i] = static_cast<char>((i * 7 + i / 251) & 0xFF);
+    return bytes;
+}
