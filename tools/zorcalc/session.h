@@ -81,7 +81,7 @@ private:
     void disarm(uint32_t start);
     bool indexes_variable(uint32_t start) const;
     bool compile(const SourceLine& at, const SheetItem& item, uint32_t wantedType, Compiled& out);
-    ZORStatus evaluate(const Compiled& what, const void*& value);
+    ZORStatus evaluate(uint32_t start, const void*& value);
     // Evaluates and reports a failure, naming `what` as a formula or value.
     bool evaluated(const Compiled& what, const RunKind& kind, const void*& value);
     // Copies of the variables' values; false when a copy ran out of memory.
@@ -89,10 +89,9 @@ private:
     // `before` holds the variables as they were before the run, or is null
     // when they could not be saved; then `what` itself is named.
     void report_run_error(const Compiled& what, ZORStatus status, const RunKind& kind,
-                          const std::vector<std::unique_ptr<Variable>>* before);
-    std::vector<int32_t> unlink();
-    void relink(const std::vector<int32_t>& links);
-    ZORStatus replay(uint32_t start, const std::vector<int32_t>& links, uint32_t& failed);
+                          std::vector<std::unique_ptr<Variable>>* before);
+    void restore_variables(std::vector<std::unique_ptr<Variable>>& copies);
+    uint32_t failing_run(uint32_t start);
     const Compiled* formula_at(uint32_t start) const;
     void link();
     bool run_job(const PrintJob& job);

@@ -15,10 +15,10 @@ void Session::link()
     linkedCounter_ = expr_.xrefCounter;
 }
 
-ZORStatus Session::evaluate(const Compiled& what, const void*& value)
+ZORStatus Session::evaluate(uint32_t start, const void*& value)
 {
     link();
-    ZORStatus status = ExprEvaluate(&expr_, what.start, reinterpret_cast<intptr_t>(&results_));
+    ZORStatus status = ExprEvaluate(&expr_, start, reinterpret_cast<intptr_t>(&results_));
     if (status != ZOR_S_OK) {
         // A failed run leaves what it had pending; the next run starts clean.
         expr_.stackDepth = 0;
@@ -37,7 +37,7 @@ bool Session::evaluated(const Compiled& what, const RunKind& kind, const void*& 
 {
     std::vector<std::unique_ptr<Variable>> before;
     bool saved = save_variables(before);
-    ZORStatus status = evaluate(what, value);
+    ZORStatus status = evaluate(what.start, value);
     if (status != ZOR_S_OK)
         report_run_error(what, status, kind, saved ? &before : nullptr);
     return status == ZOR_S_OK;
@@ -55,27 +55,20 @@ bool Session::save_variables(std::vector<std::unique_ptr<Variable>>& copies) con
 
 // The engine tells that a run failed, not which of the formulas it re-ran
 // for the cross-reference failed. So the variables go back to where they
-// stood before the run, and the run is replayed in the engine's order with
-// every formula run on its own: the first to fail is the culprit, and the
-// variables end as the failed run left them, each assignment made once.
+// stood before the run, and the run's dependency runs are made again one by
+// one, as the engine makes them, until one fails; the search goes on inside
+// that one. Each probe is a run like the first, so the variables end as the
+// failed run left them, each assignment made once.
 void Session::report_run_error(const Compiled& what, ZORStatus status, const RunKind& kind,
-                               const std::vector<std::unique_ptr<Variable>>* before)
+                               std::vector<std::unique_ptr<Variable>>* before)
 {
-    const Compiled* culprit = nullptr;
+    const Compiled* culprit = &what;
     if (before) {
-        for (size_t i = 0; i < variables_.size(); ++i)
-            store_value(&variables_[i]->value, &(*before)[i]->value, variables_[i]->type);
-        std::vector<int32_t> links = unlink();
-        uint32_t failed = EXPR_EMPTY;
-        ZORStatus replayed = replay(what.start, links, failed);
-        relink(links);
-        if (replayed != ZOR_S_OK) {
-            status = replayed;
-            culprit = failed == what.start ? &what : formula_at(failed);
-        }
+        restore_variables(*before);
+        const Compiled* found = formula_at(failing_run(what.start));
+        if (found)
+            culprit = found;
     }
-    if (!culprit)
-        culprit = &what;
     diagnostics_.report(culprit->at, culprit->item.start, culprit->item.text.size(),
                         diagnostics_.say(culprit == &what ? kind.failed : kFormulaRun.failed) +
                             (L" \"" + culprit->item.text + L"\": ") + diagnostics_.status_text(status));
@@ -85,53 +78,39 @@ void Session::report_run_error(const Compiled& what, ZORStatus status, const Run
                                 diagnostics_.say({L"needs it", L"braucht sie"}));
 }
 
-// Every link of the cross-reference, taken out of the instructions so that a
-// formula runs on its own; relink puts them back.
-std::vector<int32_t> Session::unlink()
+void Session::restore_variables(std::vector<std::unique_ptr<Variable>>& copies)
 {
-    std::vector<int32_t> links(size_t(DAGetSize(expr_.code)));
-    for (size_t i = 0; i < links.size(); ++i) {
-        ExprOperand& operand = static_cast<ExprInstr*>(DAGetElem(expr_.code, int32_t(i)))->operand;
-        links[i] = operand.storage == EXS_Function ? -1 : operand.xrefIndex;
-        if (operand.storage != EXS_Function)
-            operand.xrefIndex = -1;
-    }
-    return links;
+    for (size_t i = 0; i < copies.size(); ++i)
+        store_value(&variables_[i]->value, &copies[i]->value, variables_[i]->type);
 }
 
-void Session::relink(const std::vector<int32_t>& links)
+// The start of the run that failed on its own inside the run of `start`: the
+// engine runs, before each read of a variable, the earlier formulas that
+// assign it (its entries in xrefList up to -1), in the order of the reads.
+uint32_t Session::failing_run(uint32_t start)
 {
-    for (size_t i = 0; i < links.size(); ++i) {
-        ExprOperand& operand = static_cast<ExprInstr*>(DAGetElem(expr_.code, int32_t(i)))->operand;
-        if (operand.storage != EXS_Function)
-            operand.xrefIndex = links[i];
-    }
-}
-
-// The engine's order: before a variable is read, the earlier formulas that
-// assign it run, each with its own reads refreshed the same way.
-ZORStatus Session::replay(uint32_t start, const std::vector<int32_t>& links, uint32_t& failed)
-{
-    for (uint32_t ip = start; ip < links.size(); ++ip) {
-        const ExprInstr& instr = *static_cast<const ExprInstr*>(DAGetElem(expr_.code, int32_t(ip)));
+    const int32_t size = DAGetSize(expr_.code);
+    for (int32_t ip = int32_t(start); ip < size; ++ip) {
+        const ExprInstr& instr = *static_cast<const ExprInstr*>(DAGetElem(expr_.code, ip));
         if (instr.opcode == EOP_END)
             break;
-        if (instr.opcode != EOP_NOP || links[ip] < 0)
+        if (instr.opcode != EOP_NOP || instr.operand.storage == EXS_Function || instr.operand.xrefIndex < 0)
             continue;
-        for (int32_t i = links[ip]; i < DAGetSize(expr_.xrefList); ++i) {
-            int32_t entry = *static_cast<const int32_t*>(DAGetElem(expr_.xrefList, i));
+        for (int32_t i = instr.operand.xrefIndex; i < DAGetSize(expr_.xrefList); ++i) {
+            const int32_t entry = *static_cast<const int32_t*>(DAGetElem(expr_.xrefList, i));
             if (entry == -1 || entry >= int32_t(start))
                 break;
-            ZORStatus status = replay(uint32_t(entry), links, failed);
-            if (status != ZOR_S_OK)
-                return status;
+            std::vector<std::unique_ptr<Variable>> before;
+            if (!save_variables(before))
+                return start;
+            const void* value = nullptr;
+            if (evaluate(uint32_t(entry), value) != ZOR_S_OK) {
+                restore_variables(before);
+                return failing_run(uint32_t(entry));
+            }
         }
     }
-    ZORStatus status = ExprEvaluate(&expr_, start, reinterpret_cast<intptr_t>(&results_));
-    expr_.stackDepth = 0;
-    if (status != ZOR_S_OK)
-        failed = start;
-    return status;
+    return start;
 }
 
 const Session::Compiled* Session::formula_at(uint32_t start) const
