@@ -5,6 +5,10 @@
 #   ./build.sh test      build everything and run every test under Wine
 #   ./build.sh build     configure and build only
 #   ./build.sh bench     build and run the benchmarks
+#   ./build.sh fuzz [SECONDS] [FAMILY] [SEED]
+#                        build, then run the hostile-input loops for SECONDS in
+#                        all (60 by default), of every family or of one; with a
+#                        SEED, replay that one iteration
 #   ./build.sh install   install the DLL, import library and headers to $PREFIX
 set -euo pipefail
 
@@ -75,10 +79,14 @@ case "$cmd" in
         configure_and_build
         wine_prefix
         "$ROOT/bench/run.sh" "$BUILD_DIR" "$@" ;;
+    fuzz)
+        configure_and_build
+        wine_prefix
+        "$ROOT/tests/fuzz.sh" "$BUILD_DIR" "$@" ;;
     install)
         configure_and_build
         cmake --install "$BUILD_DIR" --prefix "$PREFIX" ;;
     *)
-        echo "usage: $0 {demo|test|build|bench|install}" >&2
+        echo "usage: $0 {demo|test|build|bench|fuzz|install}" >&2
         exit 2 ;;
 esac
