@@ -7,6 +7,7 @@
 
 #include <windows.h>
 
+#include "bench_clock.h"
 #include "frame/zor_alloc.h"
 #include "suite.h"
 #include "zorbase.h"
@@ -15,18 +16,6 @@ namespace {
 
 constexpr long kEvaluations = 2000000;
 constexpr int kCompiles = 2000;
-
-double now_seconds()
-{
-    static LARGE_INTEGER frequency = [] {
-        LARGE_INTEGER f;
-        QueryPerformanceFrequency(&f);
-        return f;
-    }();
-    LARGE_INTEGER t;
-    QueryPerformanceCounter(&t);
-    return double(t.QuadPart) / double(frequency.QuadPart);
-}
 
 double pop_double(ExprContext* expr)
 {

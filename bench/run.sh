@@ -23,12 +23,16 @@ PEER="$BUILD_DIR/peer_bench"
 g++ -O2 -std=c++17 "$ROOT/bench/peers/peer_bench.cpp" -o "$PEER" -lmuparser -lmuparserx
 
 RAW="$BUILD_DIR/bench-raw.tsv"
+TRACE_RAW="$BUILD_DIR/bench-trace-raw.tsv"
 : > "$RAW"
+: > "$TRACE_RAW"
 for ((r = 1; r <= ROUNDS; r++)); do
     echo "round $r of $ROUNDS" >&2
     wine "$BUILD_DIR/bin/bench_expr.exe" >> "$RAW"
+    wine "$BUILD_DIR/bin/bench_trace.exe" >> "$TRACE_RAW"
     for lib in muparser muparserx floor; do
         "$PEER" "$lib" >> "$RAW"
     done
 done
 python3 "$ROOT/bench/summarize.py" "$RAW"
+python3 "$ROOT/bench/medians.py" "$TRACE_RAW"

@@ -223,7 +223,14 @@ ZOR_API ZORStatus ExprCompile(ExprContext* expr, const wchar_t* text, uint32_t* 
    stack keeps what was pending. When the stack can't grow, the run gives
    E_OUTOFMEMORY and the stack is left empty and usable. A start that is not
    the first instruction of an expression, whose operators would find too few
-   operands or whose call would find no function on top, gives E_UNEXPECTED. */
+   operands or whose call would find no function on top, gives E_UNEXPECTED.
+   The first run of a start index derives a linked form of its expression
+   (one allocation; if it fails, the run goes on without) that later runs
+   use; it changes nothing that a caller or a user function can see. It is
+   dropped by ExprCompile, ExprXRef, ExprXRefOn and ExprRelease, and when the
+   array's block or count or the arena's block changed. A caller who edits
+   an instruction record by hand after its expression ran compiles next (an
+   empty text will do) before the next run. */
 ZOR_API ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg);
 
 /* Operator answers where the value rules leave a choice:

@@ -1,4 +1,5 @@
-/* Registry work: thin wrappers over the platform's registry calls.
+/* Registry work: thin wrappers over the platform's registry calls, and keys
+   exported to and imported from text files.
 
    The wrappers keep no state and return the platform's registry code as it
    comes (0 for success, e.g. 2 for a missing key or value, 234 for data
@@ -58,5 +59,66 @@ ZOR_API int32_t QueryRegEntryLong(HKEY key, const wchar_t* name, uint32_t* value
    returned. */
 ZOR_API int32_t QueryRegEntryString(HKEY key, const wchar_t* name, wchar_t* data,
                                     uint32_t* dataLen, const wchar_t* defaultValue);
+
+/* Registry text files. A file opens with the head line "REGEDIT4", then
+   holds one section a key that has values, named by the key's full path
+   (root name as written, backslash, subkeys), and one entry a value:
+   "name"="text" for texts and expandable texts (read back as texts), or
+   "name"=digits for 32-bit numbers. Other types and values without data are
+   not written. Nothing is escaped: a quote inside a text survives the round
+   trip, an equals sign in a name does not. The body is read and written by
+   the platform's profile functions, which store text in the ANSI code page.
+
+   Key paths: a root name (HKEY_CLASSES_ROOT, HKEY_CURRENT_USER,
+   HKEY_LOCAL_MACHINE, HKEY_USERS, HKEY_CURRENT_CONFIG,
+   HKEY_PERFORMANCE_DATA, any case), a backslash, the subkey; a root alone is
+   written with a trailing backslash. A key's full path may have 255 units,
+   a subkey name met on the way down 127, a value name 255, a file's full
+   name 263; the calls refuse longer names as described below, and never cut
+   them. File names are made full paths before use.
+
+   Both calls return 0, ZOR_E_INVALIDARG, ZOR_E_OUTOFMEMORY or the system
+   error in status form (ZOR_STATUS_FROM_WIN32). Neither is atomic: what
+   was written before a failure stays. */
+
+/* The export's arguments, in this field order. */
+typedef struct ZORRegExportArgs {
+    int32_t        bAppend;    /* 0: the file is made anew; else it is added to */
+    int32_t        bRecursive; /* not 0: subkeys too */
+    int32_t        bNoHeader;  /* not 0: no head line */
+    const wchar_t* pszKey;     /* full key path, root name first */
+    const wchar_t* pszFile;
+} ZORRegExportArgs;
+
+/* Writes the key's values, and with bRecursive those of its subkeys, in the
+   platform's order. ZOR_E_INVALIDARG without touching the file: a path
+   without backslash, an unknown root, a file name too long. The file is then
+   made (or opened, with bAppend) and gets the head line at its start unless
+   bNoHeader. With bAppend the head line is only written into an empty file;
+   a file that begins with "REGEDIT4" keeps its own, and any other non-empty
+   file is refused with ZOR_E_INVALID_DATA and keeps every byte. A value of
+   more than 512 bytes or a name of more than 255 units ends its key's values
+   quietly (status 0) while the subkeys go on; a key whose full path passes
+   255 units ends the export with ZOR_E_INVALIDARG, a subkey name of more
+   than 127 units with 0x800700EA. The first failure ends the walk. */
+ZOR_API ZORStatus ZOR_RegExport(const ZORRegExportArgs* args);
+
+#ifdef __cplusplus
+#include <string>
+#include <vector>
+/* Imports the files in order; the first failure ends the list, an empty list
+   gives 0. A missing file is a failure (0x80070002). Sections in file order:
+   each key is created with KEY_WRITE, also for a section without entries;
+   a section name of more than 255 units or with an unknown root gives
+   ZOR_E_INVALIDARG. An entry "name"="text" sets a text, the text ending at
+   the last quote; a bare value is read as a 64-bit integer of which the low
+   32 bits make a number. An entry without equals sign, or a value with one
+   quote alone: ZOR_E_INVALIDARG. The head line is no section and is passed
+   over.
+   The argument is a standard library object: a caller must be built with
+   this build's compiler and standard library (mingw-w64 g++ and its
+   libstdc++), or the layouts will not match. */
+ZOR_API ZORStatus ZOR_RegImport(const std::vector<std::wstring>* files);
+#endif
 
 #endif

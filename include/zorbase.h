@@ -2,6 +2,7 @@
 #ifndef ZORBASE_H
 #define ZORBASE_H
 
+#include "zor_version.h"
 #include "zor_api.h"
 #include "zor_status.h"
 #include "zor_frame.h"

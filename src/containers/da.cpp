@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "../frame/zor_alloc.h"
+#include "da_tail.h"
 
 namespace {
 
@@ -46,12 +47,12 @@ bool grow_to(DA* da, int64_t capacity, const void** elem)
 
 }
 
-DA* DACreate(int32_t elemSize, int32_t initialCount)
+DA* da_create_with_tail(int32_t elemSize, int32_t initialCount, size_t tailBytes)
 {
     if (elemSize <= 0 || initialCount <= 0
         || static_cast<int64_t>(elemSize) * initialCount > kMaxBlockBytes)
         return nullptr;
-    DA* da = static_cast<DA*>(zor_malloc(sizeof(DA)));
+    DA* da = static_cast<DA*>(zor_malloc(kTailOffset + tailBytes));
     if (!da)
         return nullptr;
     da->data = static_cast<unsigned char*>(zor_calloc(static_cast<size_t>(initialCount),
@@ -64,7 +65,13 @@ DA* DACreate(int32_t elemSize, int32_t initialCount)
     da->capacity = initialCount;
     da->growth = initialCount;
     da->elemSize = elemSize;
+    memset(da_tail(da), 0, tailBytes);
     return da;
+}
+
+DA* DACreate(int32_t elemSize, int32_t initialCount)
+{
+    return da_create_with_tail(elemSize, initialCount, 0);
 }
 
 void DADestroy(DA* da)

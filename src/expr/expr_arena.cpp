@@ -24,13 +24,14 @@ uint32_t number_size(uint32_t type)
     }
 }
 
-// A new value holds its initial bytes or zeroes.
-void fill(void* slot, const void* init, size_t size)
+// A new value holds its initial bytes or zeroes, and the rounding behind it
+// zeroes too, so that an arena's used bytes depend on nothing but its
+// contents.
+void fill(void* slot, const void* init, size_t size, size_t rounded)
 {
+    memset(slot, 0, rounded);
     if (init)
         memcpy(slot, init, size);
-    else
-        memset(slot, 0, size);
 }
 
 // Grows the arena by one step. Instructions that point into the used part
@@ -65,7 +66,7 @@ ZORStatus new_number(ExprContext* expr, uint32_t type, const void* init, ExprOpe
         return ZOR_E_OUTOFMEMORY;
     uint8_t* slot = expr->dataArena + expr->dataArenaUsed;
     expr->dataArenaUsed += rounded;
-    fill(slot, init, size);
+    fill(slot, init, size, size_t(rounded));
     out->value = slot;
     out->storage = EXS_Plain;
     return ZOR_S_OK;
@@ -105,7 +106,7 @@ ZORStatus expr_new_value(ExprContext* expr, uint32_t type, const void* init, Exp
         void* block = zor_malloc(sizeof(ExprBitField));
         if (!block)
             return ZOR_E_OUTOFMEMORY;
-        fill(block, init, sizeof(ExprBitField));
+        fill(block, init, sizeof(ExprBitField), sizeof(ExprBitField));
         out->value = block;
         out->storage = EXS_BitField;
         return ZOR_S_OK;

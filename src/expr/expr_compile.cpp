@@ -7,6 +7,7 @@
 #include <string.h>
 
 #include "expr_internal.h"
+#include "expr_link.h"
 #include "expr_op_facts.h"
 #include "expr_ops.h"
 
@@ -561,5 +562,7 @@ ZORStatus Compiler::primary(const ExprOperand** symbol)
 ZORStatus ExprCompile(ExprContext* expr, const wchar_t* text, uint32_t* firstInstr, uint32_t wantedType,
                       uint32_t* isConst, uint32_t* resultType)
 {
+    // Appending moves the array and the arena: the linked forms go.
+    expr_link_drop(expr);
     return Compiler(expr).compile(text, firstInstr, wantedType, isConst, resultType);
 }

@@ -7,6 +7,7 @@
 
 #include "../frame/zor_alloc.h"
 #include "../frame/zor_platform.h"
+#include "expr_link.h"
 #include "expr_ops.h"
 
 namespace {
@@ -48,12 +49,14 @@ bool thread_stack_too_low()
     return here < low + kStackReserve;
 }
 
+}
+
 // The dependency step before a variable is read: the earlier expressions
 // that assign it (its run in xrefList, closed by -1) run first, in order. A
 // run that is cut short (a failed append while laying out) ends at the
 // list's end instead of reading past it.
-ZOR_NOINLINE ZORStatus refresh_variable(ExprContext* expr, int32_t xrefIndex, uint32_t start,
-                                        intptr_t userArg)
+ZORStatus expr_refresh_variable(ExprContext* expr, int32_t xrefIndex, uint32_t start,
+                                intptr_t userArg)
 {
     if (expr->evalErr)
         return expr->evalErr;
@@ -79,7 +82,7 @@ ZOR_NOINLINE ZORStatus refresh_variable(ExprContext* expr, int32_t xrefIndex, ui
 
 // EOP_PAR: the function's name lies on top of its arguments. The function
 // pops the arguments itself; its result goes into the call's slot.
-ZOR_NOINLINE ZORStatus call_user_function(ExprContext* expr, uint32_t ip, intptr_t userArg)
+ZORStatus expr_call_user_function(ExprContext* expr, uint32_t ip, intptr_t userArg)
 {
     // A run started inside an expression could find anything on top.
     if (expr->stackDepth < 1)
@@ -130,22 +133,15 @@ ZOR_NOINLINE ZORStatus call_user_function(ExprContext* expr, uint32_t ip, intptr
     return expr->evalErr;
 }
 
-}
-
 // The stack's pointer, depth and size live in locals while operators run
 // (handlers never touch the stack); they go back to the object before
 // anything that may use it: a user function, a dependency run, a return.
-ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
+ZORStatus expr_run_ordinary(ExprContext* expr, uint32_t start, uint32_t ip, intptr_t userArg,
+                            bool executed)
 {
-    expr->evalErr = 0;
-    if (start == EXPR_EMPTY)
-        return ZOR_S_OK;
     const bool runAll = start == EXPR_RUN_ALL;
-    uint32_t ip = runAll ? 0 : start;
     ExprInstr* code = instructions(expr);
     uint32_t count = uint32_t(expr->code->count);
-    if (ip >= count)
-        return ZOR_S_OK;
     int32_t* stack = expr->stack;
     // Pointer-sized, so that indexing the stack needs no widening.
     intptr_t depth = expr->stackDepth;
@@ -158,14 +154,16 @@ ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
         depth = expr->stackDepth;
         size = expr->stackSize;
     };
-    for (;;) {
+    for (;; executed = false) {
         ExprInstr* const instr = code + ip;
         const uint32_t opcode = instr->opcode;
-        if (opcode == EOP_NOP) {
+        if (executed) {
+            // The linked run has done this one and hands over for the push.
+        } else if (opcode == EOP_NOP) {
             if (ZOR_UNLIKELY(instr->operand.xrefIndex != -1) &&
                 instr->operand.storage != EXS_Function) {
                 expr->stackDepth = int32_t(depth);
-                status = refresh_variable(expr, instr->operand.xrefIndex, start, userArg);
+                status = expr_refresh_variable(expr, instr->operand.xrefIndex, start, userArg);
                 reload();
                 if (status != ZOR_S_OK)
                     return status;
@@ -186,7 +184,7 @@ ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
                 break;
         } else if (opcode == EOP_PAR) {
             expr->stackDepth = int32_t(depth);
-            status = call_user_function(expr, ip, userArg);
+            status = expr_call_user_function(expr, ip, userArg);
             reload();
             if (status != ZOR_S_OK)
                 return status;
@@ -205,6 +203,31 @@ ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
     }
     expr->stackDepth = int32_t(depth);
     return status;
+}
+
+// The linked form serves every run it can; a run of the whole array, a start
+// inside an expression and a stack that must grow are the ordinary loop's.
+ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
+{
+    expr->evalErr = 0;
+    if (start == EXPR_EMPTY)
+        return ZOR_S_OK;
+    const bool runAll = start == EXPR_RUN_ALL;
+    const uint32_t first = runAll ? 0 : start;
+    if (first >= uint32_t(expr->code->count))
+        return ZOR_S_OK;
+    const ExprLinkHome* home = expr_link_home(expr);
+    if (!runAll && !home->off) {
+        const ExprLinkedProgram* program = home->recent;
+        if (!program || home->recentStart != start ||
+            program->code != instructions(expr) || program->count != expr->code->count ||
+            program->arena != expr->dataArena)
+            program = expr_linked(expr, start);
+        if (program && !program->ordinary &&
+            int64_t(expr->stackDepth) + program->maxDepth <= expr->stackSize)
+            return expr_run_linked(expr, program, userArg);
+    }
+    return expr_run_ordinary(expr, start, first, userArg, false);
 }
 
 void* ExprPopResult(ExprContext* expr)

@@ -7,6 +7,7 @@
 
 #include "../frame/zor_alloc.h"
 #include "expr_internal.h"
+#include "expr_link.h"
 #include "expr_ops.h"
 
 namespace {
@@ -46,8 +47,10 @@ void destroy_tables(ExprContext* expr)
         BTDestroy(expr->xrefTree, nullptr);
     if (expr->argTypes)
         DADestroy(expr->argTypes);
-    if (expr->code)
+    if (expr->code) {
+        expr_link_release(expr);
         DADestroy(expr->code);
+    }
     if (expr->symbols)
         BTDestroy(expr->symbols, nullptr);
 }
@@ -69,7 +72,7 @@ ZORStatus ExprInit(ExprContext* expr, uint32_t maxIdentLen, uint32_t bufferLen, 
     expr->symbols =
         BTCreate(ignoreCase ? compare_names_blind : compare_names_exact, sizeof(ExprSymbol));
     if (expr->symbols) {
-        expr->code = DACreate(sizeof(ExprInstr), 10);
+        expr->code = da_create_with_tail(sizeof(ExprInstr), 10, sizeof(ExprLinkHome));
         expr->argTypes = DACreate(sizeof(uint32_t), 10);
     }
     if (!expr->code || !expr->argTypes || !expr_xref_new_tables(expr)) {

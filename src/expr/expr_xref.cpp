@@ -2,6 +2,7 @@
 // as runs of start indexes. The run loop re-runs them before a read.
 #include <algorithm>
 
+#include "expr_link.h"
 #include "expr_ops.h"
 #include "../frame/zor_alloc.h"
 #include "zor_status.h"
@@ -119,6 +120,7 @@ bool expr_xref_new_tables(ExprContext* expr)
 
 ZORStatus ExprXRefOn(ExprContext* expr)
 {
+    expr_link_drop(expr);
     unlink_all(expr);
     expr->xrefOn = expr_xref_new_tables(expr) ? 1 : 0;
     return expr->xrefOn ? ZOR_S_OK : ZOR_E_OUTOFMEMORY;
@@ -140,6 +142,7 @@ void expr_record_assignment(ExprContext* expr, ExprOperand* target)
 
 ZORStatus ExprXRef(ExprContext* expr)
 {
+    expr_link_drop(expr);
     if (!expr->xrefTree || !expr->xrefList)
         return ZOR_S_OK;
     uint32_t records = BTCount(expr->xrefTree);

@@ -12,6 +12,9 @@
 extern "C" int __cdecl __stdio_common_vswprintf(unsigned long long options, wchar_t* buffer,
                                                 size_t count, const wchar_t* format,
                                                 _locale_t locale, va_list args);
+// Its narrow twin, for the same reason.
+extern "C" int __cdecl __stdio_common_vsprintf(unsigned long long options, char* buffer, size_t count,
+                                               const char* format, _locale_t locale, va_list args);
 
 // Data that must lie in a fixed order in the image: both linkers sort the
 // grouped sections .data$<key> by key and pack them without gaps beyond
@@ -47,6 +50,12 @@ constexpr unsigned long long kCountedPrintfOptions = 0x1 | 0x4 | 0x20;
 inline int counted_vswprintf(wchar_t* buffer, size_t count, const wchar_t* format, va_list args)
 {
     return __stdio_common_vswprintf(kCountedPrintfOptions, buffer, count, format, nullptr, args);
+}
+
+// The narrow twin, with the same options: `%s` takes narrow text here.
+inline int counted_vsprintf(char* buffer, size_t count, const char* format, va_list args)
+{
+    return __stdio_common_vsprintf(kCountedPrintfOptions, buffer, count, format, nullptr, args);
 }
 
 inline int counted_swprintf(wchar_t* buffer, size_t count, const wchar_t* format, ...)

@@ -1,12 +1,16 @@
 #include "dll_image.h"
 
 namespace {
-const IMAGE_DATA_DIRECTORY& directory(HMODULE module, int which)
+const IMAGE_OPTIONAL_HEADER& optional_header(HMODULE module)
 {
     auto base = reinterpret_cast<const BYTE*>(module);
     auto dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-    auto nt = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
-    return nt->OptionalHeader.DataDirectory[which];
+    return reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew)->OptionalHeader;
+}
+
+const IMAGE_DATA_DIRECTORY& directory(HMODULE module, int which)
+{
+    return optional_header(module).DataDirectory[which];
 }
 }
 
@@ -14,6 +18,12 @@ HMODULE zor_load_dll()
 {
     static HMODULE module = LoadLibraryW(L"ZORBaseUx64.dll");
     return module;
+}
+
+std::pair<WORD, WORD> dll_image_version(HMODULE module)
+{
+    const IMAGE_OPTIONAL_HEADER& header = optional_header(module);
+    return {header.MajorImageVersion, header.MinorImageVersion};
 }
 
 std::set<std::string> dll_export_names(HMODULE module)

@@ -4,6 +4,7 @@
 
 #include <set>
 #include <string>
+#include <utility>
 
 #include <windows.h>
 
@@ -12,6 +13,9 @@ HMODULE zor_load_dll();
 
 std::set<std::string> dll_export_names(HMODULE module);
 std::set<std::string> dll_import_modules(HMODULE module);
+
+// Major and minor image version from the DLL's optional header.
+std::pair<WORD, WORD> dll_image_version(HMODULE module);
 
 // Names of `expected` that the DLL does not export, joined for a message.
 std::string missing_exports(const std::set<std::string>& expected);

@@ -7,5 +7,6 @@ TEST_CASE("the DLL exports the registry family under its names")
     REQUIRE(zor_load_dll());
     CHECK(missing_exports({"OpenRegKey", "CreateRegKey", "CloseRegKey", "DeleteRegKey",
                            "EnumRegKey", "EnumRegValue", "QueryRegEntryBool", "QueryRegEntryDWord",
-                           "QueryRegEntryLong", "QueryRegEntryString"}) == "");
+                           "QueryRegEntryLong", "QueryRegEntryString", "ZOR_RegExport",
+                           "ZOR_RegImport"}) == "");
 }

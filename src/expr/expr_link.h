@@ -1,0 +1,128 @@
+// The linked form of an expression: the instruction array has no jumps, so
+// the shape of the value stack at every instruction is known before a run.
+// The linker works it out once per start index and gives each operator the
+// addresses of its operands and its result; the linked run then skips the
+// pushes and pops of plain operands, keeps the previous result in a
+// register, and writes the stack out only where someone can look at it: at
+// a user function, a dependency step, a failure and the end. The
+// instruction array stays the object's state; the linked form is a cache of
+// it, dropped whenever the array, its count, the arena or the links of the
+// cross-reference change.
+#pragma once
+
+#include <stdint.h>
+
+#include "../containers/da_tail.h"
+#include "expr_ops.h"
+#include "zor_expr.h"
+
+// One step of a linked run.
+struct ExprLinkStep {
+    uint32_t kind;  // ExprLinkKind, or expr_fast_kind
+    uint32_t ip;    // the instruction it stands for
+    union {
+        void*         r;          // fast: the result slot
+        ExprOpHandler handler;    // other operators
+        intptr_t      xrefIndex;  // dependency step
+    };
+    union {
+        const void*    x;        // fast: the left or only operand's slot
+        ExprInstr*     xRecord;  // other operators
+        const int32_t* pending;  // escapes: see ExprLinkedProgram
+    };
+    union {
+        const void* y;
+        ExprInstr*  yRecord;
+    };
+};
+
+enum ExprLinkKind : uint32_t {
+    kLinkOperator,  // the operator's own handler, on the records
+    kLinkCall,      // EOP_PAR
+    kLinkRefresh,   // EOP_NOP of a variable with a dependency run
+    kLinkEnd,       // EOP_END, or the end of the array
+    kLinkFirstFast
+};
+
+// Operators with a step of their own, for the common number types. The rest
+// call their handler, which reads the same slots through the records.
+enum class ExprFastOp : uint32_t {
+    AddD, SubD, MulD, DivD,        // doubles
+    AddL, SubL, MulL,              // Long arithmetic, wrapping
+    EquD, NeqD, LtD, GtD, LeqD, GeqD,  // comparisons of doubles, an EXT_Long truth
+    LandL, LorL,                   // logical operators on Long operands
+    LongToDouble,
+    None
+};
+
+// Where a fast step finds its operands: both in their slots, or one of them
+// still in the register that holds the step before's result.
+enum ExprFastMode : uint32_t { kFastSlots, kFastLeftHeld, kFastRightHeld, kFastModes };
+
+constexpr uint32_t expr_fast_kind(ExprFastOp op, ExprFastMode mode)
+{
+    return kLinkFirstFast + uint32_t(op) * kFastModes + mode;
+}
+
+
+struct ExprLinkedProgram {
+    uint32_t         start;
+    bool             ordinary;  // the ordinary loop serves this start, see expr_link.cpp
+    int32_t          maxDepth;  // the deepest the stack gets above where the run found it
+    uint32_t         generation;
+    ExprInstr*       code;      // what it was linked against
+    int32_t          count;
+    const uint8_t*   arena;
+    ExprLinkStep*    steps;
+    // Each escape's record: the number of entries pending on the stack when
+    // the step starts, how many are left when the call or dependency step
+    // returns, then the entries, bottom first (instruction indexes).
+    int32_t*         pending;
+};
+
+// Where the linked forms live: behind the header of the instruction array,
+// so that the public object shows nothing of them and a run reaches the
+// form it used last in two loads. Forms are looked up by start index in a
+// table with open addressing.
+struct ExprLinkHome {
+    uint32_t            recentStart;
+    ExprLinkedProgram*  recent;
+    ExprLinkedProgram** table;
+    uint32_t            tableSize;  // a power of two, or 0
+    uint32_t            used;
+    uint32_t            generation;  // counts the drops
+    bool                off;  // the ordinary loop serves every run (the tests compare both)
+};
+
+inline ExprLinkHome* expr_link_home(const ExprContext* expr)
+{
+    return static_cast<ExprLinkHome*>(da_tail(expr->code));
+}
+
+// Finds or makes the linked form of `start`; null when it can't be made (a
+// failed allocation: the ordinary loop serves the run).
+ExprLinkedProgram* expr_linked(ExprContext* expr, uint32_t start);
+
+// Forgets every linked form: the compiler, the cross-reference and anyone
+// else who changes what the forms were derived from calls this.
+void expr_link_drop(ExprContext* expr);
+// Frees the linked forms and their table; ExprRelease, before the array.
+void expr_link_release(ExprContext* expr);
+
+// Rewrites the stack from `base` as the ordinary loop would have it just
+// before the instruction `stop` of the program runs, less that
+// instruction's operands: what a failure there leaves. Returns the depth.
+int32_t expr_link_pending_at(const ExprContext* expr, const ExprLinkedProgram* program,
+                             uint32_t stop, int32_t base);
+
+// The run loop's pieces that the linked run shares: the ordinary loop from
+// `ip` (`executed`: the instruction at `ip` has run and only its push is
+// left), the call of a user function and the dependency step.
+ZORStatus expr_run_ordinary(ExprContext* expr, uint32_t start, uint32_t ip, intptr_t userArg,
+                            bool executed);
+ZORStatus expr_call_user_function(ExprContext* expr, uint32_t ip, intptr_t userArg);
+ZORStatus expr_refresh_variable(ExprContext* expr, int32_t xrefIndex, uint32_t start,
+                                intptr_t userArg);
+
+// Runs a linked program from its first step.
+ZORStatus expr_run_linked(ExprContext* expr, const ExprLinkedProgram* program, intptr_t userArg);

@@ -1,0 +1,41 @@
+// Helpers shared by the string class tests.
+#pragma once
+
+#include <doctest/doctest.h>
+
+#include <malloc.h>
+
+#include <string>
+
+#include "classes/encodings.h"
+
+// The narrow code page set for a scope and put back after it.
+struct NarrowCodePage {
+    explicit NarrowCodePage(uint32_t page) : old(zorlib::narrowCodePage)
+    {
+        zorlib::narrowCodePage = page;
+    }
+    ~NarrowCodePage() { zorlib::narrowCodePage = old; }
+    NarrowCodePage(const NarrowCodePage&) = delete;
+    uint32_t old;
+};
+
+// A class's text with its counted length, embedded zeros included.
+template <class S>
+auto text_of(const S& s)
+{
+    using Unit = std::remove_const_t<std::remove_pointer_t<decltype(s.GetStr())>>;
+    return std::basic_string<Unit>(s.GetStr(), s.length);
+}
+
+// Small deterministic generator, so that a failing sequence can be replayed.
+struct Random {
+    uint64_t state;
+    explicit Random(uint64_t seed) : state(seed) {}
+    uint32_t next()
+    {
+        state = state * 6364136223846793005ull + 1442695040888963407ull;
+        return uint32_t(state >> 33);
+    }
+    int below(int n) { return int(next() % uint32_t(n)); }
+};
