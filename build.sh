@@ -92,7 +92,7 @@ build_program() {
 }
 
 usage() {
-    echo "usage: $0 {demo|test|build|run PROGRAM ARGS...|bench|fuzz [SECONDS] [FAMILY] [SEED]|install}" >    echo "usage: $0 {demo|test|build|run PROGRAM ARGS...|bench|install}" >&22
+    echo "usage: $0 {demo|test|build|run PROGRAM ARGS...|bench|fuzz [SECONDS] [FAMILY] [SEED]|install}" >&2
     exit 2
 }
 
