@@ -25,6 +25,8 @@ TEST_CASE("fuzz: the value readers fill fenced buffers as far as the stored byte
     PrivateKey pk;
     // Not text types: a text read back under Wine always gets a terminator.
     const DWORD types[] = {REG_BINARY, REG_NONE};
+    decltype(&QueryRegEntryBool) numberReaders[] = {QueryRegEntryBool, QueryRegEntryDWord,
+                                                    QueryRegEntryLong};
     fuzz_loop(400, [&](FuzzRng& rng) {
         std::vector<uint8_t> stored(rng.below(41));
         for (uint8_t& byte : stored)
@@ -46,7 +48,7 @@ TEST_CASE("fuzz: the value readers fill fenced buffers as far as the stored byte
               (fits ? units_stored.substr(0, units_stored.find(L'\0')) : L""));
 
         uint32_t number = 7;
-        rc = QueryRegEntryDWord(pk.key(), L"v", &number, 7);
+        rc = rng.pick(numberReaders)(pk.key(), L"v", &number, 7);
         uint32_t expected = 0;
         memcpy(&expected, stored.data(), stored.size() <= 4 ? stored.size() : 0);
         CHECK(rc == (stored.size() <= 4 ? 0 : ERROR_MORE_DATA));

@@ -10,21 +10,6 @@
 
 namespace {
 
-// Environment variables for the scope; the started tools inherit them.
-struct Environment {
-    std::vector<std::wstring> names;
-    void set(const std::wstring& name, const std::wstring& value)
-    {
-        SetEnvironmentVariableW(name.c_str(), value.c_str());
-        names.push_back(name);
-    }
-    ~Environment()
-    {
-        for (const std::wstring& name : names)
-            SetEnvironmentVariableW(name.c_str(), nullptr);
-    }
-};
-
 // The stand-in's lines in the order the tools were started, without the
 // creation times that put them in that order.
 std::string tool_lines(const TempDir& logs)
@@ -70,10 +55,12 @@ TEST_CASE("registration starts the tool for each file in order, unquoted, withou
     const std::wstring suffix = std::to_wstring(GetCurrentProcessId());
     HANDLE gate = CreateEventW(nullptr, TRUE, FALSE, (L"zor-gate-" + suffix).c_str());
     HANDLE done = CreateSemaphoreW(nullptr, 0, 100, (L"zor-done-" + suffix).c_str());
-    Environment env;
-    env.set(L"ZOR_STANDIN_LOG", logs.path());
-    env.set(L"ZOR_STANDIN_GATE", L"zor-gate-" + suffix);
-    env.set(L"ZOR_STANDIN_DONE", L"zor-done-" + suffix);
+    // The started tools inherit these; no other test reads them.
+    const std::wstring environment[][2] = {{L"ZOR_STANDIN_LOG", logs.path()},
+                                           {L"ZOR_STANDIN_GATE", L"zor-gate-" + suffix},
+                                           {L"ZOR_STANDIN_DONE", L"zor-done-" + suffix}};
+    for (const auto& variable : environment)
+        SetEnvironmentVariableW(variable[0].c_str(), variable[1].c_str());
 
     const ZOROCXRegisterArgs calls[] = {
         {0, 0, {L"a.ocx"}}, {1, 0, {L"b.ocx"}}, {0, 1, {L"with blank.ocx"}},
@@ -98,6 +85,8 @@ TEST_CASE("registration starts the tool for each file in order, unquoted, withou
     CHECK(zor_alloc_probe::requests() == requests + 1);
     CloseHandle(gate);
     CloseHandle(done);
+    for (const auto& variable : environment)
+        SetEnvironmentVariableW(variable[0].c_str(), nullptr);
 }
 
 TEST_CASE("update files and UpdateRegistry write texts under HKEY_LOCAL_MACHINE only")
