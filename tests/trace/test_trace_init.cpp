@@ -17,16 +17,6 @@ struct Started {
     std::wstring field(const wchar_t* text) const { return text; }
 };
 
-std::vector<std::string> banner_texts(const std::wstring& file)
-{
-    std::vector<std::string> lines = file_lines(file);
-    for (std::string& line : lines) {
-        CHECK(has_prefix(line, 'A'));
-        line = line.substr(18);
-    }
-    return lines;
-}
-
 }
 
 TEST_CASE("the library's object stays silent until it is started, and starts once")
@@ -46,7 +36,7 @@ TEST_CASE("the library's object stays silent until it is started, and starts onc
     key.set_dword(L"TRACELEVEL", 1);
     TraceInit(&TraceObj, key.path().c_str(), L"other", 1);
     CHECK(memcmp(&after_first, &TraceObj, sizeof after_first) == 0);
-    CHECK(banner_texts(TraceObj.szFile) ==
+    CHECK(file_texts(TraceObj.szFile, 'A') ==
           std::vector<std::string>{kBanner, "*** Disabled Facilities: "});
     TraceObj.bFile = 0;
 }
@@ -151,7 +141,7 @@ TEST_CASE("the trace file's name, its banner and its check at start")
         CHECK(s.t.obj.bFile == (row.stem == L"-" ? 0 : 1));
         if (row.stem != L"-") {
             CHECK(s.field(s.t.obj.szFile) == expected_stem + today + L".log");
-            CHECK(banner_texts(s.t.obj.szFile) ==
+            CHECK(file_texts(s.t.obj.szFile, 'A') ==
                   std::vector<std::string>{kBanner, "*** Disabled Facilities: "});
             DeleteFileW(s.t.obj.szFile);
         }
@@ -170,7 +160,7 @@ TEST_CASE("the trace file's name, its banner and its check at start")
     std::string kept = read_bytes(s.t.obj.szFile);
     CHECK(kept.substr(0, 1334) == old_bytes.substr(2666));
     write_bytes(s.t.obj.szFile, kept.substr(1334));
-    CHECK(banner_texts(s.t.obj.szFile) ==
+    CHECK(file_texts(s.t.obj.szFile, 'A') ==
           std::vector<std::string>{kBanner, "*** Disabled Facilities: 1, 3"});
 }
 

@@ -14,17 +14,6 @@ std::string repeat(const std::string& piece, int times)
     return text;
 }
 
-// The lines of the trace file with their prefix checked and taken off.
-std::vector<std::string> texts(const OwnTrace& t, char letter)
-{
-    std::vector<std::string> lines = file_lines(t.obj.szFile);
-    for (std::string& line : lines) {
-        CHECK(has_prefix(line, letter));
-        line = line.substr(18);
-    }
-    return lines;
-}
-
 }
 
 TEST_CASE("plain lines: prefix, texts, cuts and the tests before formatting")
@@ -43,8 +32,8 @@ TEST_CASE("plain lines: prefix, texts, cuts and the tests before formatting")
     TraceVAF(&t.obj, 2, 300, L"facility %u", 300u);
     EnableTrace(&t.obj, 9, 0);
     TraceVAF(&t.obj, 2, 9, L"not this facility");
-    CHECK(texts(t, 'I') == std::vector<std::string>{"abc def", "", "abc", " def", "42-x",
-                                                     "facility 300"});
+    CHECK(file_texts(t.obj.szFile, 'I') ==
+          std::vector<std::string>{"abc def", "", "abc", " def", "42-x", "facility 300"});
 
     // Trace tests no level: with mask 0 the line still goes out, and a
     // level beyond the table prints as "?".
@@ -64,8 +53,8 @@ TEST_CASE("plain lines: prefix, texts, cuts and the tests before formatting")
     std::wstring long_text(3000, L'z');
     TraceVA(&t.obj, 1, L"%s", long_text.c_str());
     Trace(&t.obj, 1, L"a", long_text.c_str());
-    CHECK(texts(t, 'D') == std::vector<std::string>{std::string(2029, 'z'),
-                                                     "a " + std::string(2027, 'z')});
+    CHECK(file_texts(t.obj.szFile, 'D') ==
+          std::vector<std::string>{std::string(2029, 'z'), "a " + std::string(2027, 'z')});
 }
 
 TEST_CASE("the file sink: locale, a new day, a deleted file and the limit")
@@ -77,11 +66,11 @@ TEST_CASE("the file sink: locale, a new day, a deleted file and the limit")
         RuntimeLocale western(L".1252");
         Trace(&t.obj, 1, L"caf\u00e9 \u20ac \u4e2d end", nullptr);
     }
-    CHECK(texts(t, 'D') == std::vector<std::string>{"caf\xE9 \x80 ? end"});
+    CHECK(file_texts(t.obj.szFile, 'D') == std::vector<std::string>{"caf\xE9 \x80 ? end"});
 
     DeleteFileW(t.obj.szFile);
     Trace(&t.obj, 1, L"anew", nullptr);
-    CHECK(texts(t, 'D') == std::vector<std::string>{"anew"});
+    CHECK(file_texts(t.obj.szFile, 'D') == std::vector<std::string>{"anew"});
 
     // The first line of a day goes to the day before's file; the check that
     // follows names and creates today's.

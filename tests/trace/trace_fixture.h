@@ -149,3 +149,14 @@ bool has_prefix(const Text& line, char letter)
             return false;
     return true;
 }
+
+// The lines of a trace file with their prefix checked and taken off.
+inline std::vector<std::string> file_texts(const std::wstring& name, char letter)
+{
+    std::vector<std::string> lines = file_lines(name);
+    for (std::string& line : lines) {
+        CHECK(has_prefix(line, letter));
+        line = line.substr(18);
+    }
+    return lines;
+}
