@@ -8,9 +8,13 @@
 #include "alloc_check.h"
 #include "fenced.h"
 #include "fuzz.h"
+#include "guard_heap.h"
 #include "zor_da.h"
 
 namespace {
+
+// Every allocation of this program ends at a no-access page.
+[[maybe_unused]] const bool guarded = guard_this_program();
 
 // The array's block as bytes, -1 where nothing defined was written yet.
 struct Model {

@@ -1,6 +1,5 @@
 #include <doctest/doctest.h>
 
-#include <malloc.h>
 #include <string.h>
 #include <vector>
 
@@ -32,7 +31,7 @@ TEST_CASE("items go behind the last one while they fit, else into a block of the
             const MPBlock& b = *static_cast<const MPBlock*>(DAGetElem(pool->pBlocks, item.block));
             CHECK(stored.back() == static_cast<const char*>(b.pData) + item.offset);
             CHECK(b.nUsed == item.offset + item.size);
-            CHECK(_msize(b.pData) == size_t(item.size > 8 ? item.size : 8));
+            CHECK(zor_alloc_probe::block_bytes(b.pData) == size_t(item.size > 8 ? item.size : 8));
         }
         // Every item keeps its place and bytes until the pool goes.
         for (size_t i = 0; i < row.size(); ++i)

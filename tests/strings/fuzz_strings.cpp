@@ -6,10 +6,14 @@
 #include "alloc_check.h"
 #include "fenced.h"
 #include "fuzz.h"
+#include "guard_heap.h"
 #include "wide_text.h"
 #include "zor_ts.h"
 
 namespace {
+
+// Every allocation of this program ends at a no-access page.
+[[maybe_unused]] const bool guarded = guard_this_program();
 
 std::wstring whole(const TSString* ts)
 {
