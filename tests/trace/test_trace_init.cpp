@@ -94,6 +94,19 @@ TEST_CASE("settings from the registry, with their defaults and limits")
         CHECK(s.field(s.t.obj.szPath) == L"");
         CHECK(TraceFacilityEnabled(&s.t.obj, 0, 1) == 1);
         CHECK(TraceFacilityEnabled(&s.t.obj, 0, 5) == 1);
+
+        // Texts beyond their read areas count as absent; one that fills its
+        // area is read.
+        s.key.set_text(L"TRACEPATH", digits99 + L"d");
+        s.key.set_text(L"MAILSLOT", std::wstring(250, L'm'));
+        s.key.set_text(L"DEFAULT_TRACEFILE", std::wstring(255, L'f'));
+        s.key.set_text(L"DISABLED_FACILITIES", L"5" + std::wstring(248, L','));
+        s.start();
+        CHECK(s.field(s.t.obj.szPath) == L"");
+        CHECK(s.field(s.t.obj.szMailslot) == L"\\\\*\\mailslot\\");
+        CHECK(s.t.obj.bMailslot == 1);
+        CHECK(s.field(s.t.obj.szFile) == date_back(0) + L".log");
+        CHECK(TraceFacilityEnabled(&s.t.obj, 0, 5) == 0);
     }
 
     OwnTrace missing;
