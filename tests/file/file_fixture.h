@@ -4,8 +4,9 @@
 
 #include <doctest/doctest.h>
 
-#include <stdio.h>
-
+#include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -20,22 +21,14 @@ using namespace std::string_literals;
 
 inline void put_file(const std::wstring& name, const std::string& bytes)
 {
-    FILE* file = _wfopen(name.c_str(), L"wb");
-    REQUIRE(file);
-    fwrite(bytes.data(), 1, bytes.size(), file);
-    fclose(file);
+    std::ofstream out(name.c_str(), std::ios::binary);
+    REQUIRE(out.write(bytes.data(), std::streamsize(bytes.size())).good());
 }
 
 inline std::string file_bytes(const std::wstring& name)
 {
-    std::string bytes;
-    char chunk[4096];
-    FILE* file = _wfopen(name.c_str(), L"rb");
-    for (size_t n; file && (n = fread(chunk, 1, sizeof chunk, file)) > 0;)
-        bytes.append(chunk, n);
-    if (file)
-        fclose(file);
-    return bytes;
+    std::ifstream in(name.c_str(), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 // The bytes of wide text, little-endian.
@@ -53,7 +46,7 @@ inline std::vector<uint64_t> fields(const ZORFileRec& r)
 
 struct TestFile {
     ZORFileRec rec;
-    ZORStatus opened;
+    ZORStatus opened, last = 0; // `last`: the status of the last call through lines() or block()
     TestFile(const std::wstring& name, uint32_t bufSize, uint32_t encoding,
              uint32_t access = GENERIC_READ | GENERIC_WRITE, uint32_t disposition = OPEN_ALWAYS)
         : opened(ZORFileOpen(&rec, bufSize, name.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
@@ -63,34 +56,36 @@ struct TestFile {
     }
     ~TestFile() { ZORFileClose(&rec); }
     TestFile(const TestFile&) = delete;
-    TestFile& operator=(const TestFile&) = delete;
 
-    // Lines up to the end of the file or `most` of them, each followed by
-    // '|'; the status that ended the reading goes to `last`.
-    std::wstring lines(uint32_t len, ZORStatus* last = nullptr, size_t most = 10000000)
+    // Lines up to a failure or `most` of them, each followed by '|'. Every
+    // call must zero-fill `dst` behind its line and stay inside it; a failing
+    // one leaves it alone, and the end of the file leaves the buffer empty.
+    std::wstring lines(uint32_t len, size_t most = SIZE_MAX)
     {
-        std::vector<wchar_t> dst(len, L'#');
         std::wstring out;
-        for (size_t n = 0; n < most; ++n) {
-            ZORStatus status = ZORFileGetLine(&rec, dst.data(), len);
-            if (status) {
-                if (last)
-                    *last = status;
-                return out;
-            }
-            REQUIRE(dst[len - 1] == 0);
-            out += std::wstring(dst.data()) + L'|';
+        for (last = 0; !last && most--;) {
+            std::wstring dst(len + 1, L'#');
+            last = ZORFileGetLine(&rec, &dst[0], len);
+            size_t end = last ? 0 : std::min<size_t>(wcslen(dst.c_str()), len - 1);
+            CHECK(dst.substr(end) == (last ? std::wstring(len + 1, L'#') : std::wstring(len - end, L'\0') + L'#'));
+            out += last ? L"" : dst.substr(0, end) + L'|';
+        }
+        if (last == ZOR_E_HANDLE_EOF) {
+            CHECK(rec.dwBufPos == 0);
+            CHECK(rec.dwBufFill == 0);
         }
         return out;
     }
 
-    // Up to `len` raw bytes; empty when the call fails.
-    std::string block(uint32_t len, ZORStatus* status = nullptr)
+    // Up to `len` raw bytes; empty after a failure, which leaves `len` alone.
+    std::string block(uint32_t len)
     {
         std::string buf(len, '\0');
-        ZORStatus got = ZORFileGetBlock(&rec, &buf[0], &len);
-        if (status)
-            *status = got;
-        return got ? std::string() : buf.substr(0, len);
+        uint32_t got = len;
+        last = ZORFileGetBlock(&rec, &buf[0], &got);
+        CHECK(got <= len);
+        if (last)
+            CHECK(got == len);
+        return last ? std::string() : buf.substr(0, got);
     }
 };
