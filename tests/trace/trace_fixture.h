@@ -68,28 +68,6 @@ inline std::wstring date_back(int days_back)
     return text;
 }
 
-inline void write_bytes(const std::wstring& name, const std::string& bytes)
-{
-    FILE* file = _wfopen(name.c_str(), L"wb");
-    REQUIRE(file != nullptr);
-    fwrite(bytes.data(), 1, bytes.size(), file);
-    fclose(file);
-}
-
-inline std::string read_bytes(const std::wstring& name)
-{
-    std::string bytes;
-    FILE* file = _wfopen(name.c_str(), L"rb");
-    if (!file)
-        return bytes;
-    char chunk[65536];
-    size_t got;
-    while ((got = fread(chunk, 1, sizeof chunk, file)) > 0)
-        bytes.append(chunk, got);
-    fclose(file);
-    return bytes;
-}
-
 inline bool file_exists(const std::wstring& name)
 {
     return GetFileAttributesW(name.c_str()) != INVALID_FILE_ATTRIBUTES;
