@@ -227,14 +227,15 @@ ZORStatus expr_run_linked(ExprContext* expr, const ExprLinkedProgram* program, i
         default: {  // kLinkCall, kLinkRefresh
             // The program may be dropped by what runs now: read it before.
             const uint32_t ip = s->ip;
-            write_pending(expr, base, s->pending);
+            const int32_t* const pending = s->pending;
+            write_pending(expr, base, pending);
             const ZORStatus status =
                 s->kind == kLinkCall
                     ? expr_call_user_function(expr, ip, userArg)
                     : expr_refresh_variable(expr, int32_t(s->xrefIndex), from.start, userArg);
             if (status != ZOR_S_OK)
                 return status;
-            if (!unchanged(expr, from, base, s->pending))
+            if (!unchanged(expr, from, base, pending))
                 return expr_run_ordinary(expr, from.start, ip, userArg, true);
             break;
         }
