@@ -7,18 +7,20 @@
 #include "expr_link.h"
 #include "expr_ops_numeric.h"
 
+#include <type_traits>
+
 namespace {
 
 using namespace zor_expr::numeric;
 
-// The register of the step before's result, for each kind of fast step.
+// The registers of the last two results of each type.
 struct HeldValue {
-    double  d = 0;
-    int32_t l = 0;
-    ZOR_FORCEINLINE void keep(double v) { d = v; }
-    ZOR_FORCEINLINE void keep(int32_t v) { l = v; }
-    ZOR_FORCEINLINE void get(double* v) const { *v = d; }
-    ZOR_FORCEINLINE void get(int32_t* v) const { *v = l; }
+    double  d1 = 0, d2 = 0;
+    int32_t l1 = 0, l2 = 0;
+    ZOR_FORCEINLINE void keep(double v) { d2 = d1, d1 = v; }
+    ZOR_FORCEINLINE void keep(int32_t v) { l2 = l1, l1 = v; }
+    ZOR_FORCEINLINE void get(ExprFastSource from, double* v) const { *v = from == kFromLast ? d1 : d2; }
+    ZOR_FORCEINLINE void get(ExprFastSource from, int32_t* v) const { *v = from == kFromLast ? l1 : l2; }
 };
 
 template <class T>
@@ -56,18 +58,21 @@ ZOR_FORCEINLINE int32_t compare(T a, T b)
 ZOR_FORCEINLINE int32_t land(int32_t a, int32_t b) { return (a != 0) & (b != 0); }
 ZOR_FORCEINLINE int32_t lor(int32_t a, int32_t b) { return (a != 0) | (b != 0); }
 
+// The comparisons, in opcode order for each type.
+template <ExprFastOp Op, class T, ExprFastOp First>
+struct FastCompare
+    : FastBinary<Op, T, int32_t, compare<EOP_EQU + (uint32_t(Op) - uint32_t(First)), T>> {};
+
+template <ExprFastOp Op>
+struct Fast : std::conditional_t<(Op >= ExprFastOp::EquL), FastCompare<Op, int32_t, ExprFastOp::EquL>,
+                                 FastCompare<Op, double, ExprFastOp::EquD>> {};
+
 template <> struct Fast<ExprFastOp::AddD> : FastBinary<ExprFastOp::AddD, double, double, plus<double>> {};
 template <> struct Fast<ExprFastOp::SubD> : FastBinary<ExprFastOp::SubD, double, double, minus<double>> {};
 template <> struct Fast<ExprFastOp::MulD> : FastBinary<ExprFastOp::MulD, double, double, mul_d> {};
 template <> struct Fast<ExprFastOp::AddL> : FastBinary<ExprFastOp::AddL, int32_t, int32_t, plus<int32_t>> {};
 template <> struct Fast<ExprFastOp::SubL> : FastBinary<ExprFastOp::SubL, int32_t, int32_t, minus<int32_t>> {};
 template <> struct Fast<ExprFastOp::MulL> : FastBinary<ExprFastOp::MulL, int32_t, int32_t, mul_l> {};
-template <> struct Fast<ExprFastOp::EquD> : FastBinary<ExprFastOp::EquD, double, int32_t, compare<EOP_EQU, double>> {};
-template <> struct Fast<ExprFastOp::NeqD> : FastBinary<ExprFastOp::NeqD, double, int32_t, compare<EOP_NEQ, double>> {};
-template <> struct Fast<ExprFastOp::LtD> : FastBinary<ExprFastOp::LtD, double, int32_t, compare<EOP_LT, double>> {};
-template <> struct Fast<ExprFastOp::GtD> : FastBinary<ExprFastOp::GtD, double, int32_t, compare<EOP_GT, double>> {};
-template <> struct Fast<ExprFastOp::LeqD> : FastBinary<ExprFastOp::LeqD, double, int32_t, compare<EOP_LEQ, double>> {};
-template <> struct Fast<ExprFastOp::GeqD> : FastBinary<ExprFastOp::GeqD, double, int32_t, compare<EOP_GEQ, double>> {};
 template <> struct Fast<ExprFastOp::LandL> : FastBinary<ExprFastOp::LandL, int32_t, int32_t, land> {};
 template <> struct Fast<ExprFastOp::LorL> : FastBinary<ExprFastOp::LorL, int32_t, int32_t, lor> {};
 
@@ -105,22 +110,22 @@ struct ResultOf<bool (*)(A, B, R*)> {
 
 // One fast step: operands from their slots or the register, the result into
 // its slot and the register.
-template <ExprFastOp Op, ExprFastMode Mode>
+template <ExprFastOp Op, ExprFastSource X, ExprFastSource Y>
 ZOR_FORCEINLINE bool fast_step(const ExprLinkStep* s, HeldValue& held)
 {
     using F = Fast<Op>;
     using In = typename F::In;
     using Out = typename ResultOf<decltype(&F::apply)>::type;
     In a, b = In();
-    if (Mode == kFastLeftHeld)
-        held.get(&a);
-    else
+    if (X == kFromSlot)
         a = slot<In>(s->x);
+    else
+        held.get(X, &a);
     if (F::kBinary) {
-        if (Mode == kFastRightHeld)
-            held.get(&b);
-        else
+        if (Y == kFromSlot)
             b = slot<In>(s->y);
+        else
+            held.get(Y, &b);
     }
     Out r;
     if (!F::apply(a, b, &r))
@@ -141,7 +146,8 @@ ZOR_FORCEINLINE void write_pending(ExprContext* expr, int32_t base, const int32_
 
 // After a user function or a dependency run: the linked form goes on only
 // if nothing it was derived from changed and the stack holds exactly what
-// it expects. The program may be gone, so its fields are read last.
+// it expects. What runs may drop the program, so what the check needs of it
+// is taken before.
 struct Derived {
     uint32_t         start;
     const ExprInstr* code;
@@ -174,29 +180,61 @@ ZOR_NOINLINE ZORStatus fail(ExprContext* expr, const ExprLinkedProgram* program,
     return status;
 }
 
-}
-
-#define ZOR_FAST_CASES(op)                                                        \
-    case expr_fast_kind(ExprFastOp::op, kFastSlots):                              \
-        if (!fast_step<ExprFastOp::op, kFastSlots>(s, held))                      \
-            return fail(expr, program, s->ip, base, ZOR_DISP_E_DIVBYZERO);        \
-        break;                                                                    \
-    case expr_fast_kind(ExprFastOp::op, kFastLeftHeld):                           \
-        if (!fast_step<ExprFastOp::op, kFastLeftHeld>(s, held))                   \
-            return fail(expr, program, s->ip, base, ZOR_DISP_E_DIVBYZERO);        \
-        break;                                                                    \
-    case expr_fast_kind(ExprFastOp::op, kFastRightHeld):                          \
-        if (!fast_step<ExprFastOp::op, kFastRightHeld>(s, held))                  \
+#define ZOR_FAST_CASE(op, x, y)                                                   \
+    case expr_fast_kind(ExprFastOp::op, x, y):                                    \
+        if (!fast_step<ExprFastOp::op, x, y>(s, held))                            \
             return fail(expr, program, s->ip, base, ZOR_DISP_E_DIVBYZERO);        \
         break;
+#define ZOR_FAST_CASES_X(op, x)                                                   \
+    ZOR_FAST_CASE(op, x, kFromSlot)                                               \
+    ZOR_FAST_CASE(op, x, kFromLast)                                               \
+    ZOR_FAST_CASE(op, x, kFromBefore)
+#define ZOR_FAST_CASES(op)                                                        \
+    ZOR_FAST_CASES_X(op, kFromSlot)                                               \
+    ZOR_FAST_CASES_X(op, kFromLast)                                               \
+    ZOR_FAST_CASES_X(op, kFromBefore)
+
+template <class Result, class Fn>
+ZOR_FORCEINLINE ZORStatus call_directly(ExprContext* expr, ExprUserFn function, uint32_t ip,
+                                        intptr_t userArg)
+{
+    --expr->stackDepth;
+    const Result result = reinterpret_cast<Fn>(function)(expr, userArg);
+    *static_cast<Result*>(reinterpret_cast<ExprInstr*>(expr->code->data)[ip].operand.value) = result;
+    return expr->evalErr;
+}
+
+// A user function or a dependency step, with the stack written out before
+// and checked after. False: the run is over, with `status`.
+ZOR_NOINLINE bool escape(ExprContext* expr, const ExprLinkedProgram* program, const ExprLinkStep* s,
+                         int32_t base, intptr_t userArg, ZORStatus* status)
+{
+    const Derived from = {program->start, program->code, program->count, program->arena,
+                          program->generation, program->maxDepth};
+    const uint32_t ip = s->ip;
+    write_pending(expr, base, s->pending);
+    switch (s->kind) {
+    case kLinkCallDouble: *status = call_directly<double, ExprDoubleFn>(expr, s->function, ip, userArg); break;
+    case kLinkCallLong: *status = call_directly<int32_t, ExprIntFn>(expr, s->function, ip, userArg); break;
+    case kLinkCall: *status = expr_call_user_function(expr, ip, userArg); break;
+    default: *status = expr_refresh_variable(expr, int32_t(s->xrefIndex), from.start, userArg);
+    }
+    if (*status != ZOR_S_OK)
+        return false;
+    if (unchanged(expr, from, base, s->pending))
+        return true;
+    *status = expr_run_ordinary(expr, from.start, ip, userArg, true);
+    return false;
+}
+
+}
 
 ZORStatus expr_run_linked(ExprContext* expr, const ExprLinkedProgram* program, intptr_t userArg)
 {
     const int32_t base = expr->stackDepth;
-    const Derived from = {program->start, program->code, program->count, program->arena, program->generation,
-                          program->maxDepth};
     HeldValue held;
-    for (const ExprLinkStep* s = program->steps;; ++s) {
+    for (const ExprLinkStep* next = program->steps;;) {
+        const ExprLinkStep* const s = next++;
         switch (s->kind) {
             ZOR_FAST_CASES(AddD)
             ZOR_FAST_CASES(SubD)
@@ -211,6 +249,12 @@ ZORStatus expr_run_linked(ExprContext* expr, const ExprLinkedProgram* program, i
             ZOR_FAST_CASES(GtD)
             ZOR_FAST_CASES(LeqD)
             ZOR_FAST_CASES(GeqD)
+            ZOR_FAST_CASES(EquL)
+            ZOR_FAST_CASES(NeqL)
+            ZOR_FAST_CASES(LtL)
+            ZOR_FAST_CASES(GtL)
+            ZOR_FAST_CASES(LeqL)
+            ZOR_FAST_CASES(GeqL)
             ZOR_FAST_CASES(LandL)
             ZOR_FAST_CASES(LorL)
             ZOR_FAST_CASES(LongToDouble)
@@ -219,25 +263,26 @@ ZORStatus expr_run_linked(ExprContext* expr, const ExprLinkedProgram* program, i
                 s->handler(expr, program->code + s->ip, s->xRecord, s->yRecord);
             if (status != ZOR_S_OK)
                 return fail(expr, program, s->ip, base, status);
+            // No step reads a register across a call: saying so lets the
+            // registers be ones that calls need not preserve.
+            held = HeldValue();
             break;
         }
         case kLinkEnd:
             write_pending(expr, base, s->pending);
             return ZOR_S_OK;
-        default: {  // kLinkCall, kLinkRefresh
-            // The program may be dropped by what runs now: read it before.
-            const uint32_t ip = s->ip;
-            write_pending(expr, base, s->pending);
-            const ZORStatus status =
-                s->kind == kLinkCall
-                    ? expr_call_user_function(expr, ip, userArg)
-                    : expr_refresh_variable(expr, int32_t(s->xrefIndex), from.start, userArg);
-            if (status != ZOR_S_OK)
+        case kLinkCall:
+        case kLinkCallDouble:
+        case kLinkCallLong:
+        case kLinkRefresh: {
+            ZORStatus status;
+            if (!escape(expr, program, s, base, userArg, &status))
                 return status;
-            if (!unchanged(expr, from, base, s->pending))
-                return expr_run_ordinary(expr, from.start, ip, userArg, true);
+            held = HeldValue();
             break;
         }
+        default:
+            ZOR_UNREACHABLE();
         }
     }
 }

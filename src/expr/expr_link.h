@@ -33,12 +33,15 @@ struct ExprLinkStep {
     union {
         const void* y;
         ExprInstr*  yRecord;
+        ExprUserFn  function;  // a call's
     };
 };
 
 enum ExprLinkKind : uint32_t {
     kLinkOperator,  // the operator's own handler, on the records
-    kLinkCall,      // EOP_PAR
+    kLinkCall,        // EOP_PAR, through the run loop's call
+    kLinkCallDouble,  // EOP_PAR of a function known to give a double
+    kLinkCallLong,    // ... a Long or ULong
     kLinkRefresh,   // EOP_NOP of a variable with a dependency run
     kLinkEnd,       // EOP_END, or the end of the array
     kLinkFirstFast
@@ -50,18 +53,21 @@ enum class ExprFastOp : uint32_t {
     AddD, SubD, MulD, DivD,        // doubles
     AddL, SubL, MulL,              // Long arithmetic, wrapping
     EquD, NeqD, LtD, GtD, LeqD, GeqD,  // comparisons of doubles, an EXT_Long truth
+    EquL, NeqL, LtL, GtL, LeqL, GeqL,  // comparisons of Longs
     LandL, LorL,                   // logical operators on Long operands
     LongToDouble,
     None
 };
 
-// Where a fast step finds its operands: both in their slots, or one of them
-// still in the register that holds the step before's result.
-enum ExprFastMode : uint32_t { kFastSlots, kFastLeftHeld, kFastRightHeld, kFastModes };
+// Where a fast step finds an operand: in its slot, or still in a register.
+// Two registers of each type hold the results of the last two fast steps
+// that gave that type, so that a chain of sums need not read each sum back
+// from the slot it was just written to.
+enum ExprFastSource : uint32_t { kFromSlot, kFromLast, kFromBefore, kFastSources };
 
-constexpr uint32_t expr_fast_kind(ExprFastOp op, ExprFastMode mode)
+constexpr uint32_t expr_fast_kind(ExprFastOp op, ExprFastSource x, ExprFastSource y)
 {
-    return kLinkFirstFast + uint32_t(op) * kFastModes + mode;
+    return kLinkFirstFast + (uint32_t(op) * kFastSources + x) * kFastSources + y;
 }
 
 
