@@ -189,6 +189,18 @@ ZOR_NOINLINE ZORStatus fail(ExprContext* expr, const ExprLinkedProgram* program,
     ZOR_FAST_CASE(op, x, kFromSlot)                                               \
     ZOR_FAST_CASE(op, x, kFromLast)                                               \
     ZOR_FAST_CASE(op, x, kFromBefore)
+#define ZOR_PAIR_CASE(first, second, shape, x, y)                                 \
+    case expr_pair_kind(ExprFastOp::first, ExprFastOp::second, shape):            \
+        if (!fast_step<ExprFastOp::first, kFromSlot, kFromSlot>(s, held))          \
+            return fail(expr, program, s->ip, base, ZOR_DISP_E_DIVBYZERO);        \
+        if (!fast_step<ExprFastOp::second, x, y>(next, held))                     \
+            return fail(expr, program, next->ip, base, ZOR_DISP_E_DIVBYZERO);     \
+        ++next;                                                                   \
+        break;
+#define ZOR_PAIR_CASES(first, second)                                             \
+    ZOR_PAIR_CASE(first, second, kPairBeforeLast, kFromBefore, kFromLast)         \
+    ZOR_PAIR_CASE(first, second, kPairSlotLast, kFromSlot, kFromLast)             \
+    ZOR_PAIR_CASE(first, second, kPairLastSlot, kFromLast, kFromSlot)
 #define ZOR_FAST_CASES(op)                                                        \
     ZOR_FAST_CASES_X(op, kFromSlot)                                               \
     ZOR_FAST_CASES_X(op, kFromLast)                                               \
@@ -258,6 +270,7 @@ ZORStatus expr_run_linked(ExprContext* expr, const ExprLinkedProgram* program, i
             ZOR_FAST_CASES(LandL)
             ZOR_FAST_CASES(LorL)
             ZOR_FAST_CASES(LongToDouble)
+            ZOR_EXPR_PAIRS(ZOR_PAIR_CASES)
         case kLinkOperator: {
             const ZORStatus status =
                 s->handler(expr, program->code + s->ip, s->xRecord, s->yRecord);

@@ -8,6 +8,8 @@
 
 #include <string.h>
 
+#include <array>
+
 #include "../frame/zor_alloc.h"
 #include "expr_op_facts.h"
 
@@ -139,6 +141,24 @@ bool re_aimed(const ExprInstr& instr)
     return kind == ExprOpClass::Assign || kind == ExprOpClass::Index;
 }
 
+constexpr size_t kFastOps = size_t(ExprFastOp::None);
+
+constexpr auto kPairable = [] {
+    std::array<std::array<bool, kFastOps>, kFastOps> pairable = {};
+#define ZOR_MARK_PAIR(first, second) pairable[size_t(ExprFastOp::first)][size_t(ExprFastOp::second)] = true;
+    ZOR_EXPR_PAIRS(ZOR_MARK_PAIR)
+#undef ZOR_MARK_PAIR
+    return pairable;
+}();
+
+// The shape of a second step's sources, or kPairShapes for none.
+ExprPairShape pair_shape(ExprFastSource x, ExprFastSource y)
+{
+    if (y == kFromLast)
+        return x == kFromBefore ? kPairBeforeLast : x == kFromSlot ? kPairSlotLast : kPairShapes;
+    return x == kFromLast && y == kFromSlot ? kPairLastSlot : kPairShapes;
+}
+
 struct Writer {
     ExprInstr*    code;
     ExprLinkStep* step;
@@ -148,7 +168,16 @@ struct Writer {
     int32_t       heldDouble[2] = {-1, -1};
     int32_t       heldLong[2] = {-1, -1};
 
-    void forget() { heldDouble[0] = heldDouble[1] = heldLong[0] = heldLong[1] = -1; }
+    // The step before, when it is a fast step that reads only slots and is
+    // not yet part of a pair.
+    ExprLinkStep* pairable = nullptr;
+    ExprFastOp    pairableOp = ExprFastOp::None;
+
+    void forget()
+    {
+        heldDouble[0] = heldDouble[1] = heldLong[0] = heldLong[1] = -1;
+        pairable = nullptr;
+    }
     int32_t* held(Held type) { return type == Held::Double ? heldDouble : heldLong; }
     ExprFastSource source(Held type, int32_t operand)
     {
@@ -197,7 +226,16 @@ struct Writer {
             forget();
             return;
         }
-        s.kind = expr_fast_kind(fast.op, source(fast.reads, x), source(fast.reads, y));
+        const ExprFastSource sx = source(fast.reads, x), sy = source(fast.reads, y);
+        s.kind = expr_fast_kind(fast.op, sx, sy);
+        const ExprPairShape shape = pair_shape(sx, sy);
+        if (pairable && shape != kPairShapes && kPairable[size_t(pairableOp)][size_t(fast.op)]) {
+            pairable->kind = expr_pair_kind(pairableOp, fast.op, shape);
+            pairable = nullptr;
+        } else {
+            pairable = sx == kFromSlot && sy == kFromSlot ? &s : nullptr;
+            pairableOp = fast.op;
+        }
         s.r = self.operand.value;
         s.x = code[x].operand.value;
         s.y = y >= 0 ? code[y].operand.value : nullptr;

@@ -70,6 +70,37 @@ constexpr uint32_t expr_fast_kind(ExprFastOp op, ExprFastSource x, ExprFastSourc
     return kLinkFirstFast + (uint32_t(op) * kFastSources + x) * kFastSources + y;
 }
 
+// Two fast steps that run as one, with one dispatch: a first that reads its
+// operands from slots, and the step right behind it, which reads the first's
+// result from the register and its other operand as one of these.
+enum ExprPairShape : uint32_t {
+    kPairBeforeLast,  // left: the result before the first's; right: the first's
+    kPairSlotLast,    // left: a slot; right: the first's
+    kPairLastSlot,    // left: the first's; right: a slot (or none)
+    kPairShapes
+};
+
+constexpr uint32_t kLinkFirstPair = expr_fast_kind(ExprFastOp::None, kFromSlot, kFromSlot);
+
+constexpr uint32_t expr_pair_kind(ExprFastOp first, ExprFastOp second, ExprPairShape shape)
+{
+    return kLinkFirstPair + (uint32_t(first) * uint32_t(ExprFastOp::None) + uint32_t(second)) * kPairShapes + shape;
+}
+
+// The pairs that have a step of their own: sums and products of doubles,
+// conversions feeding them, and truth values feeding && and ||.
+#define ZOR_EXPR_PAIRS_DOUBLE(X, first) X(first, AddD) X(first, SubD) X(first, MulD) X(first, DivD)
+#define ZOR_EXPR_PAIRS_TRUTH(X, first) X(first, LandL) X(first, LorL)
+#define ZOR_EXPR_PAIRS(X)                                                                         \
+    ZOR_EXPR_PAIRS_DOUBLE(X, AddD) ZOR_EXPR_PAIRS_DOUBLE(X, SubD) ZOR_EXPR_PAIRS_DOUBLE(X, MulD)  \
+    ZOR_EXPR_PAIRS_DOUBLE(X, DivD) ZOR_EXPR_PAIRS_DOUBLE(X, LongToDouble)                         \
+    ZOR_EXPR_PAIRS_TRUTH(X, EquD) ZOR_EXPR_PAIRS_TRUTH(X, NeqD) ZOR_EXPR_PAIRS_TRUTH(X, LtD)      \
+    ZOR_EXPR_PAIRS_TRUTH(X, GtD) ZOR_EXPR_PAIRS_TRUTH(X, LeqD) ZOR_EXPR_PAIRS_TRUTH(X, GeqD)      \
+    ZOR_EXPR_PAIRS_TRUTH(X, EquL) ZOR_EXPR_PAIRS_TRUTH(X, NeqL) ZOR_EXPR_PAIRS_TRUTH(X, LtL)      \
+    ZOR_EXPR_PAIRS_TRUTH(X, GtL) ZOR_EXPR_PAIRS_TRUTH(X, LeqL) ZOR_EXPR_PAIRS_TRUTH(X, GeqL)      \
+    ZOR_EXPR_PAIRS_TRUTH(X, LandL) ZOR_EXPR_PAIRS_TRUTH(X, LorL)                                  \
+    X(AddL, LongToDouble) X(SubL, LongToDouble) X(MulL, LongToDouble)
+
 
 struct ExprLinkedProgram {
     uint32_t         start;
