@@ -139,30 +139,19 @@ ZOR_FORCEINLINE bool fast_step(const ExprLinkStep* s, HeldValue& held)
 ZOR_FORCEINLINE void write_pending(ExprContext* expr, int32_t base, const int32_t* pending)
 {
     int32_t* stack = expr->stack + base;
-    for (int32_t i = 0; i < pending[0]; ++i)
+    const int32_t count = pending[0];
+    for (int32_t i = 0; i < count; ++i)
         stack[i] = pending[2 + i];
-    expr->stackDepth = base + pending[0];
+    expr->stackDepth = base + count;
 }
 
-// After a user function or a dependency run: the linked form goes on only
-// if nothing it was derived from changed and the stack holds exactly what
-// it expects. What runs may drop the program, so what the check needs of it
-// is taken before.
-struct Derived {
-    uint32_t         start;
-    const ExprInstr* code;
-    int32_t          count;
-    const uint8_t*   arena;
-    uint32_t         generation;
-    int32_t          maxDepth;
-};
-
-bool unchanged(const ExprContext* expr, const Derived& from, int32_t base, const int32_t* pending)
+// After a user function or a dependency run the linked form goes on only if
+// it is still the current one (a compile, ExprXRef or ExprXRefOn drops it
+// and counts a generation) and the stack holds exactly what it expects.
+bool still_linked(const ExprContext* expr, uint32_t generation, int32_t maxDepth, int32_t base,
+                  const int32_t* pending)
 {
-    if (reinterpret_cast<const ExprInstr*>(expr->code->data) != from.code ||
-        expr->code->count != from.count || expr->dataArena != from.arena ||
-        expr_link_home(expr)->generation != from.generation ||
-        int64_t(base) + from.maxDepth > expr->stackSize)
+    if (expr_link_home(expr)->generation != generation || int64_t(base) + maxDepth > expr->stackSize)
         return false;
     const int32_t after = pending[1];
     if (expr->stackDepth != base + after)
@@ -206,37 +195,57 @@ ZOR_NOINLINE ZORStatus fail(ExprContext* expr, const ExprLinkedProgram* program,
     ZOR_FAST_CASES_X(op, kFromLast)                                               \
     ZOR_FAST_CASES_X(op, kFromBefore)
 
+// A user function called directly. As in the run loop the name is popped
+// first and the result stored before evalErr is looked at; the slot is the
+// one the linker saw unless a compile inside the function moved the records.
 template <class Result, class Fn>
-ZOR_FORCEINLINE ZORStatus call_directly(ExprContext* expr, ExprUserFn function, uint32_t ip,
+ZOR_FORCEINLINE ZORStatus call_directly(ExprContext* expr, const ExprLinkStep* s, uint32_t generation,
                                         intptr_t userArg)
 {
+    void* const slot = s->r;
+    const uint32_t ip = s->ip;
     --expr->stackDepth;
-    const Result result = reinterpret_cast<Fn>(function)(expr, userArg);
-    *static_cast<Result*>(reinterpret_cast<ExprInstr*>(expr->code->data)[ip].operand.value) = result;
+    const Result result = reinterpret_cast<Fn>(s->function)(expr, userArg);
+    *static_cast<Result*>(expr_link_home(expr)->generation == generation
+                              ? slot
+                              : reinterpret_cast<ExprInstr*>(expr->code->data)[ip].operand.value) = result;
     return expr->evalErr;
 }
 
 // A user function or a dependency step, with the stack written out before
-// and checked after. False: the run is over, with `status`.
-ZOR_NOINLINE bool escape(ExprContext* expr, const ExprLinkedProgram* program, const ExprLinkStep* s,
-                         int32_t base, intptr_t userArg, ZORStatus* status)
+// and checked after. False: the run is over, with `status`. What runs may
+// drop the program: what is needed of it afterwards is read before.
+template <uint32_t Kind>
+ZOR_FORCEINLINE bool escape(ExprContext* expr, const ExprLinkedProgram* program,
+                            const ExprLinkStep* s, int32_t base, intptr_t userArg, ZORStatus* status)
 {
-    const Derived from = {program->start, program->code, program->count, program->arena,
-                          program->generation, program->maxDepth};
-    const uint32_t ip = s->ip;
-    write_pending(expr, base, s->pending);
-    switch (s->kind) {
-    case kLinkCallDouble: *status = call_directly<double, ExprDoubleFn>(expr, s->function, ip, userArg); break;
-    case kLinkCallLong: *status = call_directly<int32_t, ExprIntFn>(expr, s->function, ip, userArg); break;
-    case kLinkCall: *status = expr_call_user_function(expr, ip, userArg); break;
-    default: *status = expr_refresh_variable(expr, int32_t(s->xrefIndex), from.start, userArg);
-    }
-    if (*status != ZOR_S_OK)
+    const uint32_t generation = program->generation, start = program->start, ip = s->ip;
+    const int32_t maxDepth = program->maxDepth;
+    const int32_t* const pending = s->pending;
+    write_pending(expr, base, pending);
+    if (Kind == kLinkCallDouble)
+        *status = call_directly<double, ExprDoubleFn>(expr, s, generation, userArg);
+    else if (Kind == kLinkCallLong)
+        *status = call_directly<int32_t, ExprIntFn>(expr, s, generation, userArg);
+    else if (Kind == kLinkCall)
+        *status = expr_call_user_function(expr, ip, userArg);
+    else
+        *status = expr_refresh_variable(expr, int32_t(s->xrefIndex), start, userArg);
+    if (ZOR_UNLIKELY(*status != ZOR_S_OK))
         return false;
-    if (unchanged(expr, from, base, s->pending))
+    if (ZOR_LIKELY(still_linked(expr, generation, maxDepth, base, pending)))
         return true;
-    *status = expr_run_ordinary(expr, from.start, ip, userArg, true);
+    *status = expr_run_ordinary(expr, start, ip, userArg, true);
     return false;
+}
+
+// The rarer escapes stay out of the run loop.
+ZOR_NOINLINE bool escape_slowly(ExprContext* expr, const ExprLinkedProgram* program,
+                                const ExprLinkStep* s, int32_t base, intptr_t userArg,
+                                ZORStatus* status)
+{
+    return s->kind == kLinkCall ? escape<kLinkCall>(expr, program, s, base, userArg, status)
+                                : escape<kLinkRefresh>(expr, program, s, base, userArg, status);
 }
 
 }
@@ -284,12 +293,20 @@ ZORStatus expr_run_linked(ExprContext* expr, const ExprLinkedProgram* program, i
         case kLinkEnd:
             write_pending(expr, base, s->pending);
             return ZOR_S_OK;
-        case kLinkCall:
-        case kLinkCallDouble:
-        case kLinkCallLong:
+#define ZOR_ESCAPE_CASE(kind, how)                                                 \
+        case kind: {                                                              \
+            ZORStatus status;                                                     \
+            if (!how(expr, program, s, base, userArg, &status))                   \
+                return status;                                                    \
+            held = HeldValue();                                                   \
+            break;                                                                \
+        }
+        ZOR_ESCAPE_CASE(kLinkCallDouble, escape<kLinkCallDouble>)
+        ZOR_ESCAPE_CASE(kLinkCallLong, escape<kLinkCallLong>)
+        ZOR_ESCAPE_CASE(kLinkCall, escape_slowly)
         case kLinkRefresh: {
             ZORStatus status;
-            if (!escape(expr, program, s, base, userArg, &status))
+            if (!escape_slowly(expr, program, s, base, userArg, &status))
                 return status;
             held = HeldValue();
             break;

@@ -191,11 +191,13 @@ struct Writer {
         s = {};
         s.kind = kind;
         s.ip = ip;
-        s.xrefIndex = kind == kLinkRefresh ? walk.code[ip].operand.xrefIndex : 0;
+        if (kind == kLinkRefresh)
+            s.xrefIndex = walk.code[ip].operand.xrefIndex;
         if (kind == kLinkCall) {
             // The function and its result type are the records'; a double
             // or a Long needs no detour through the run loop's call.
             const uint32_t type = code[ip].operand.type;
+            s.r = code[ip].operand.value;
             s.function = reinterpret_cast<ExprUserFn>(code[walk.stack[walk.depth - 1]].operand.value);
             s.kind = type == EXT_Double ? kLinkCallDouble
                    : type == EXT_Long || type == EXT_ULong ? kLinkCallLong

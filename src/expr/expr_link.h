@@ -21,7 +21,7 @@ struct ExprLinkStep {
     uint32_t kind;  // ExprLinkKind, or expr_fast_kind
     uint32_t ip;    // the instruction it stands for
     union {
-        void*         r;          // fast: the result slot
+        void*         r;          // fast steps and calls: the result slot
         ExprOpHandler handler;    // other operators
         intptr_t      xrefIndex;  // dependency step
     };
