@@ -1,9 +1,10 @@
-// The linked run: the steps of a linked program, in order, with the value
-// stack written out only where it can be seen. Every step writes its own
-// slot as the instruction would, and reads its operands from their slots at
-// the moment it runs, so that assignments in between are seen. Only the
-// result of the step just before may come from a register instead of its
-// slot, since nothing can have touched that slot in between.
+// ExprEvaluate and the linked run: the steps of a linked program, in order,
+// with the value stack written out only where it can be seen. Every step
+// writes its own slot as the instruction would, and reads its operands from
+// their slots at the moment it runs, so that assignments in between are
+// seen. Only the results of the last fast steps may come from registers
+// instead of their slots, since only fast steps, which write nothing but
+// their own slots, ran in between.
 #include "expr_link.h"
 #include "expr_ops_numeric.h"
 
@@ -250,7 +251,9 @@ ZOR_NOINLINE bool escape_slowly(ExprContext* expr, const ExprLinkedProgram* prog
 
 }
 
-ZORStatus expr_run_linked(ExprContext* expr, const ExprLinkedProgram* program, intptr_t userArg)
+namespace {
+
+ZOR_FORCEINLINE ZORStatus run_linked(ExprContext* expr, const ExprLinkedProgram* program, intptr_t userArg)
 {
     const int32_t base = expr->stackDepth;
     HeldValue held;
@@ -316,3 +319,31 @@ ZORStatus expr_run_linked(ExprContext* expr, const ExprLinkedProgram* program, i
         }
     }
 }
+
+}
+
+// The linked form serves every run it can; a run of the whole array, a start
+// inside an expression and a stack that must grow are the ordinary loop's.
+ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
+{
+    expr->evalErr = 0;
+    if (start == EXPR_EMPTY)
+        return ZOR_S_OK;
+    const bool runAll = start == EXPR_RUN_ALL;
+    const uint32_t first = runAll ? 0 : start;
+    if (first >= uint32_t(expr->code->count))
+        return ZOR_S_OK;
+    const ExprLinkHome* home = expr_link_home(expr);
+    if (!runAll && !home->off) {
+        const ExprLinkedProgram* program = home->recent;
+        if (!program || home->recentStart != start ||
+            program->code != reinterpret_cast<ExprInstr*>(expr->code->data) ||
+            program->count != expr->code->count || program->arena != expr->dataArena)
+            program = expr_linked(expr, start);
+        if (program && !program->ordinary &&
+            int64_t(expr->stackDepth) + program->maxDepth <= expr->stackSize)
+            return run_linked(expr, program, userArg);
+    }
+    return expr_run_ordinary(expr, start, first, userArg, false);
+}
+

@@ -160,6 +160,3 @@ ZORStatus expr_run_ordinary(ExprContext* expr, uint32_t start, uint32_t ip, intp
 ZORStatus expr_call_user_function(ExprContext* expr, uint32_t ip, intptr_t userArg);
 ZORStatus expr_refresh_variable(ExprContext* expr, int32_t xrefIndex, uint32_t start,
                                 intptr_t userArg);
-
-// Runs a linked program from its first step.
-ZORStatus expr_run_linked(ExprContext* expr, const ExprLinkedProgram* program, intptr_t userArg);
