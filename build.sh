@@ -9,6 +9,10 @@
 #                        run a built program (zorcalc, zormsg, a test) under
 #                        Wine with the project's prefix and without Wine's noise
 #   ./build.sh bench     build and run the benchmarks
+#   ./build.sh fuzz [SECONDS] [FAMILY] [SEED]
+#                        build, then run the hostile-input loops for SECONDS in
+#                        all (60 by default), of every family or of one; with a
+#                        SEED, replay that one iteration
 #   ./build.sh install   install the package (DLL, import library, headers, CMake
 #                        and pkg-config files, tools) to $PREFIX
 set -euo pipefail
@@ -88,7 +92,7 @@ build_program() {
 }
 
 usage() {
-    echo "usage: $0 {demo|test|build|run PROGRAM ARGS...|bench|install}" >&2
+    echo "usage: $0 {demo|test|build|run PROGRAM ARGS...|bench|fuzz [SECONDS] [FAMILY] [SEED]|install}" >&2
     exit 2
 }
 
@@ -117,6 +121,10 @@ case "$cmd" in
         configure_and_build
         wine_prefix
         "$ROOT/bench/run.sh" "$BUILD_DIR" "$@" ;;
+    fuzz)
+        configure_and_build
+        wine_prefix
+        "$ROOT/tests/fuzz.sh" "$BUILD_DIR" "$@" ;;
     install)
         if ! mkdir -p "$PREFIX" 2>/dev/null || [ ! -w "$PREFIX" ]; then
             echo "$0 install: cannot write to $PREFIX (choose another with PREFIX=...)" >&2

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_clock.h"
 #include "expr_bench.h"
 
 namespace {
@@ -36,9 +37,9 @@ void by_length()
             for (const wchar_t* name : {L"a", L"b", L"c", L"d"})
                 ExprDefineVar(&o.expr, &o.value, name, EXT_Double);
             uint32_t start = 0;
-            const double t0 = bench_seconds();
+            const double t0 = now_seconds();
             const ZORStatus status = ExprCompile(&o.expr, text.c_str(), &start, 0, nullptr, nullptr);
-            seconds += bench_seconds() - t0;
+            seconds += now_seconds() - t0;
             if (status != 0)
                 fprintf(stderr, "a chain of %u characters does not compile\n", unsigned(length));
         }
@@ -61,13 +62,13 @@ void by_symbols()
         double defining = 0, compiling = 0;
         for (int n = 0; n < reps; ++n) {
             Object o;
-            const double t0 = bench_seconds();
+            const double t0 = now_seconds();
             for (const std::wstring& name : names)
                 ExprDefineVar(&o.expr, &o.value, name.c_str(), EXT_Double);
-            const double t1 = bench_seconds();
+            const double t1 = now_seconds();
             uint32_t start = 0;
             ExprCompile(&o.expr, text.c_str(), &start, 0, nullptr, nullptr);
-            compiling += bench_seconds() - t1;
+            compiling += now_seconds() - t1;
             defining += t1 - t0;
         }
         printf("compile\tsymbols\t%d\t%.3f\t%.1f\n", count, defining * 1e6 / reps / count,

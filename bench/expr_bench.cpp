@@ -10,8 +10,7 @@
 #include <stdio.h>
 #include <string.h>
 
-#include <windows.h>
-
+#include "bench_clock.h"
 #include "expr_bench.h"
 #include "frame/zor_alloc.h"
 #include "timing.h"
@@ -104,9 +103,9 @@ double microseconds_per_compile(const wchar_t* formula)
     for (int n = 0; n < kCompiles; ++n) {
         Sheet sheet;
         uint32_t start = 0;
-        const double t0 = bench_seconds();
+        const double t0 = now_seconds();
         ExprCompile(&sheet.expr, formula, &start, 0, nullptr, nullptr);
-        seconds += bench_seconds() - t0;
+        seconds += now_seconds() - t0;
     }
     return seconds * 1e6 / kCompiles;
 }
@@ -163,18 +162,6 @@ void bench_floor(const BenchFormula& f)
     fflush(stdout);
 }
 
-}
-
-double bench_seconds()
-{
-    static LARGE_INTEGER frequency = [] {
-        LARGE_INTEGER f;
-        QueryPerformanceFrequency(&f);
-        return f;
-    }();
-    LARGE_INTEGER t;
-    QueryPerformanceCounter(&t);
-    return double(t.QuadPart) / double(frequency.QuadPart);
 }
 
 int main(int argc, char** argv)

@@ -4,9 +4,6 @@
 #include "suite.h"
 #include "zorbase.h"
 
-// Seconds on the performance counter.
-double bench_seconds();
-
 // The compile-time table: lines of
 //   compile <TAB> length <TAB> characters <TAB> us per compile
 //   compile <TAB> symbols <TAB> count <TAB> us per definition <TAB> us per compile

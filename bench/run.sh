@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Runs the formula benchmark: the engine and the floor built by the same
-# compiler (Windows programs under Wine), muParser, muParserX, exprtk and the
-# floor as native programs, each in turn for several rounds so that drift of
-# the machine touches all alike, then prints medians, best bursts, ratios,
-# the machine's load and the engine's compile-time table.
+# Runs the benchmarks: the engine and the floor built by the same compiler
+# (Windows programs under Wine), muParser, muParserX, exprtk and the floor as
+# native programs, and the trace benchmark, each in turn for several rounds
+# so that drift of the machine touches all alike, then prints medians, best
+# bursts, ratios, the machine's load and the engine's compile-time table.
 set -euo pipefail
 
 BUILD_DIR="$1"
@@ -41,10 +41,13 @@ else
 fi
 
 RAW="$BUILD_DIR/bench-raw.tsv"
+TRACE_RAW="$BUILD_DIR/bench-trace-raw.tsv"
 printf 'load\tbefore\t%s\n' "$(cat /proc/loadavg)" > "$RAW"
+: > "$TRACE_RAW"
 for ((r = 1; r <= ROUNDS; r++)); do
     echo "round $r of $ROUNDS" >&2
     wine "$BUILD_DIR/bin/bench_expr.exe" >> "$RAW"
+    wine "$BUILD_DIR/bin/bench_trace.exe" >> "$TRACE_RAW"
     for lib in muparser muparserx floor; do
         "$PEER" "$lib" >> "$RAW"
     done
@@ -53,3 +56,4 @@ done
 printf 'load\tafter\t%s\n' "$(cat /proc/loadavg)" >> "$RAW"
 wine "$BUILD_DIR/bin/bench_expr.exe" compile >> "$RAW"
 python3 "$ROOT/bench/summarize.py" "$RAW"
+python3 "$ROOT/bench/medians.py" "$TRACE_RAW"

@@ -1,5 +1,6 @@
-/* Registry work: thin wrappers over the platform's registry calls, and keys
-   exported to and imported from text files.
+/* Registry work: thin wrappers over the platform's registry calls, keys
+   exported to and imported from text files, component registration, update
+   files, and the local print ports.
 
    The wrappers keep no state and return the platform's registry code as it
    comes (0 for success, e.g. 2 for a missing key or value, 234 for data
@@ -119,6 +120,63 @@ ZOR_API ZORStatus ZOR_RegExport(const ZORRegExportArgs* args);
    this build's compiler and standard library (mingw-w64 g++ and its
    libstdc++), or the layouts will not match. */
 ZOR_API ZORStatus ZOR_RegImport(const std::vector<std::wstring>* files);
+
+/* The registration's arguments, in this field order; C++ callers only, as
+   for ZOR_RegImport. */
+typedef struct ZOROCXRegisterArgs {
+    int32_t                   bUnregister; /* not 0: " /u" */
+    int32_t                   bSilent;     /* not 0: " /s" */
+    std::vector<std::wstring> files;
+} ZOROCXRegisterArgs;
+
+/* Starts "REGSVR32.EXE [/u] [/s] file" for each file in order, the name
+   unquoted (a blank in it splits it in two arguments), the tool found on
+   the platform's search path (the program's directory, the current one,
+   then the system's). It does not wait: 0 says only that every tool could
+   be started, several may run side by side, and their exit codes are not
+   seen. The first start that fails ends the list with its system error in
+   status form; ZOR_E_OUTOFMEMORY when no command line could be made. */
+ZOR_API ZORStatus ZOR_OCXRegister(const ZOROCXRegisterArgs* args);
 #endif
+
+/* Sets the text `value` (null: an empty text) under the existing key
+   HKEY_LOCAL_MACHINE\`subKey`, opened with KEY_WRITE. Returns the
+   platform's code: that of the opening, which does not create the key, or
+   that of the write. */
+ZOR_API int32_t UpdateRegistry(const wchar_t* subKey, const wchar_t* name, const wchar_t* value);
+
+/* Applies an update file, read as text line by line:
+     a line beginning with "REGEDIT" (exact case), or an empty one: passed over;
+     [root\SOFTWARE\path]: creates HKEY_LOCAL_MACHINE\SOFTWARE\path and
+       makes SOFTWARE\path the current key; the root is not looked at, so
+       every key lands under HKEY_LOCAL_MACHINE;
+     "name"="text": UpdateRegistry on the current key.
+   The last unit of a line is taken for its line feed, also on a last line
+   without one, and the first and last units of name and text for their
+   quotes. Returns 0 at the end of the file, and also when the file can't be
+   opened; otherwise the code of the first failing registry call, with the
+   earlier writes kept. A line of another shape ends the walk with
+   ERROR_INVALID_DATA (13), earlier writes kept: a key line with fewer than
+   two backslashes or a path of more than 255 units, a value line without
+   '=', with a name side (quotes included) of 100 units or more or of fewer
+   than 2, with a text side of fewer than 2 units, or ahead of the first key
+   line, and a line of 1000 units or more with its line feed. */
+ZOR_API int32_t UpdateRegistryWithFile(const wchar_t* fileName);
+
+/* The local print ports, one walk per process at a time (no lock).
+   GetLocalPorts takes a snapshot from the spooler: 1, or 0 when it can't;
+   a snapshot taken during a walk replaces the old one. GetNextPortInfo steps
+   past the record at the cursor: 1 for each of n records, then 0 for good;
+   the last step releases the snapshot, and so does a snapshot without
+   records at once.
+   GetCurrentPortName copies the name of the record at the cursor (the first
+   record after GetLocalPorts, the next after each step) into `name` and
+   returns its units with the terminator; 0 and an empty text when the
+   cursor has no record. When the name needs more than `nameLen` units it
+   returns that number and writes an empty text; `nameLen` 0 writes nothing.
+       for (GetLocalPorts(); GetCurrentPortName(name, 64); GetNextPortInfo()) */
+ZOR_API int32_t  GetLocalPorts(void);
+ZOR_API int32_t  GetNextPortInfo(void);
+ZOR_API uint32_t GetCurrentPortName(wchar_t* name, uint32_t nameLen);
 
 #endif

@@ -31,7 +31,9 @@ ZOR_API wchar_t*       TSGetStr(const TSString* ts);
 ZOR_API wchar_t        TSGetChar(const TSString* ts, int32_t index);
 ZOR_API int            TSCmp(const TSString* a, const TSString* b);
 
-/* Setting. The source text must not lie inside the block being changed. */
+/* Setting. A source text may lie inside the block being changed (TSSetStr,
+   TSSetStrN, TSAddStr, TSAddStrN, and through them TSInvert): it is taken as
+   it stood before the call; its `n` units must still lie in the block. */
 ZOR_API TSString* TSCopy(TSString* dst, const TSString* src);
 ZOR_API TSString* TSSetStr(TSString* ts, const wchar_t* text);
 ZOR_API TSString* TSSetStrN(TSString* ts, const wchar_t* text, int32_t n);
@@ -77,8 +79,7 @@ ZOR_API TSString* TSATrim(TSString* ts);
 ZOR_API TSString* TSUpper(TSString* ts);
 ZOR_API TSString* TSLower(TSString* ts);
 
-/* Building. TSInvert reverses unit by unit (a surrogate pair too); `text`
-   must not lie in `ts`'s block. TSRep treats a negative count as 0 and
+/* Building. TSInvert reverses unit by unit (a surrogate pair too). TSRep treats a negative count as 0 and
    leaves `ts` unchanged, returning null, when its scratch block fails or the
    repeated text would pass 2^31-2 units. */
 ZOR_API TSString* TSInvert(TSString* ts, const wchar_t* text);

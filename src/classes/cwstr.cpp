@@ -1,27 +1,27 @@
 #include "cwstr.h"
 
+#include "castr.h"
+#include "cutf8str.h"
 #include "encodings.h"
 #include "text_ops_impl.h"
 
 namespace zorlib {
 
-template class detail::TextOps<CWStr, wchar_t>;
-
-CWStr& CWStr::operator=(const wchar_t* text)
-{
-    Assign(text, -1);
-    return *this;
-}
-
-CWStr& CWStr::operator=(wchar_t unit)
-{
-    Assign(&unit, 1);
-    return *this;
-}
+template class detail::TextOps<CWStr, wchar_t, detail::SizedBlock<wchar_t>>;
 
 CWStr& CWStr::operator=(const char* narrow)
 {
     return convert_from(narrow, -1, 1, 1, false, AnsiToWide);
+}
+
+CWStr& CWStr::operator=(const CAStr& narrow)
+{
+    return FromAnsi(narrow.GetStr(), int(narrow.length));
+}
+
+CWStr& CWStr::operator=(const CUtf8Str& utf8)
+{
+    return FromUtf8(utf8.GetStr(), int(utf8.length));
 }
 
 CWStr& CWStr::FromAnsi(const char* narrow, int n)
@@ -36,11 +36,7 @@ CWStr& CWStr::FromUtf8(const char* utf8, int n)
 
 CWStr& CWStr::FromWide(const wchar_t* text, int n)
 {
-    if (!text || n == 0 || (n < 0 && !*text))
-        clear(false);
-    else
-        Assign(text, n);
-    return *this;
+    return set_counted(text, n);
 }
 
 wchar_t CWStr::GetCharAt(int i) const

@@ -1,15 +1,14 @@
 // The operations the three string classes share, written once over the unit
-// type. Each class derives from TextOps<itself, unit> for its behaviour only:
-// the mixin holds no data and adds no virtual operation, so that a class's
-// layout is its own three fields behind the pointer to its destructor. A
-// class states its differences by what it declares itself (hiding the
-// mixin's member of that name) and by three constants:
-//   kCapacityIsRoom: `capacity` counts text room without the terminator,
-//                    instead of the block's bytes;
+// type. Each class derives from TextOps<itself, unit, layout> and states its
+// differences by what it declares itself (hiding the mixin's member of that
+// name), by its layout and by two constants:
 //   kEmptyOnFailedReserve: a conversion whose reservation fails leaves an
 //                    empty text instead of the old one;
 //   kReplaceCopies:  Replace copies its arguments even when they lie outside
 //                    the object's block.
+// The mixin holds the layout's three fields and the one virtual operation,
+// the destructor, so that an object is its pointer to that destructor and
+// the fields in the layout's order. Copying copies the text.
 //
 // Common rules: nothing throws; an operation that cannot get memory leaves
 // the text as it was. Every source argument may point into the object's own
@@ -27,9 +26,32 @@ namespace detail {
 // True when two byte ranges overlap or touch, false when either is null.
 bool blocks_overlap(const void* a, size_t asize, const void* b, size_t bsize);
 
-template <class Self, class U>
-class TextOps {
+// `capacity` counts the bytes of the block, terminator included.
+template <class U>
+struct SizedBlock {
+    static constexpr bool kCapacityIsRoom = false;
+    U* buffer = nullptr;
+    uint32_t capacity = 0;
+    uint32_t length = 0;  // units of text
+};
+
+// `capacity` counts room for text; the block has one unit more.
+template <class U>
+struct RoomBlock {
+    static constexpr bool kCapacityIsRoom = true;
+    U* buffer = nullptr;
+    uint32_t length = 0;  // units of text
+    uint32_t capacity = 0;
+};
+
+template <class Self, class U, class Layout>
+class TextOps : public Layout {
 public:
+    virtual ~TextOps();
+
+    // A null text releases the block.
+    Self& operator=(const U* text) { Assign(text, -1); return self(); }
+    Self& operator=(U unit) { Assign(&unit, 1); return self(); }
     // Units of text, the terminator not counted.
     uint32_t GetLength() const { return self().length; }
     // The text, or a shared empty text; never null.
@@ -123,9 +145,10 @@ public:
 
 protected:
     TextOps() = default;
-    ~TextOps() = default;
-    TextOps(const TextOps&) = default;
-    TextOps& operator=(const TextOps&) = default;
+    TextOps(const TextOps& other);
+    TextOps(TextOps&& other) noexcept;
+    TextOps& operator=(const TextOps& other) { copy_from(static_cast<const Self&>(other)); return *this; }
+    TextOps& operator=(TextOps&& other) noexcept { take_over(static_cast<Self&>(other)); return *this; }
 
     Self& self() { return static_cast<Self&>(*this); }
     const Self& self() const { return static_cast<const Self&>(*this); }
@@ -140,6 +163,9 @@ protected:
     Self& copy_from(const Self& other);
     Self& take_over(Self& other);
     Self copy_of(const U* text, size_t units) const;
+    // The counted setter of the class's own unit: as Assign, but a null text,
+    // an empty one measured and a count of 0 all empty and keep the block.
+    Self& set_counted(const U* text, int n);
     // When `units` of `source` lie in this object's block, runs redo(copy)
     // on a private copy (nothing when the copy cannot be had) and gives true.
     template <class Redo>

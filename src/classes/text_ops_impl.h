@@ -42,40 +42,64 @@ size_t count_of(const U* text, int n)
     return n < 0 ? Units<U>::len(text) : size_t(n);
 }
 
-template <class Self, class U>
-const U* TextOps<Self, U>::GetStr() const
+template <class Self, class U, class L>
+TextOps<Self, U, L>::~TextOps()
+{
+    zor_free(this->buffer);
+}
+
+// Copies without the class's own Reserve: the object is not complete yet.
+template <class Self, class U, class L>
+TextOps<Self, U, L>::TextOps(const TextOps& other) : L()
+{
+    if (other.length && take_block(other.length)) {
+        memcpy(this->buffer, other.buffer, other.length * sizeof(U));
+        set_length(other.length);
+    }
+}
+
+template <class Self, class U, class L>
+TextOps<Self, U, L>::TextOps(TextOps&& other) noexcept : L(other)
+{
+    other.buffer = nullptr;
+    other.capacity = 0;
+    other.length = 0;
+}
+
+template <class Self, class U, class L>
+const U* TextOps<Self, U, L>::GetStr() const
 {
     static const U empty[1] = {};
     return self().length ? self().buffer : empty;
 }
 
-template <class Self, class U>
-uint32_t TextOps<Self, U>::room() const
+template <class Self, class U, class L>
+uint32_t TextOps<Self, U, L>::room() const
 {
-    uint32_t capacity = self().capacity;
-    if (Self::kCapacityIsRoom)
+    uint32_t capacity = this->capacity;
+    if (L::kCapacityIsRoom)
         return capacity;
     return capacity / sizeof(U) ? capacity / sizeof(U) - 1 : 0;
 }
 
-template <class Self, class U>
-size_t TextOps<Self, U>::block_bytes() const
+template <class Self, class U, class L>
+size_t TextOps<Self, U, L>::block_bytes() const
 {
-    if (Self::kCapacityIsRoom)
-        return self().buffer ? size_t(self().capacity) + 1 : 0;
-    return self().capacity;
+    if (L::kCapacityIsRoom)
+        return this->buffer ? size_t(this->capacity) + 1 : 0;
+    return this->capacity;
 }
 
-template <class Self, class U>
-bool TextOps<Self, U>::overlaps(const U* source, size_t units) const
+template <class Self, class U, class L>
+bool TextOps<Self, U, L>::overlaps(const U* source, size_t units) const
 {
     return blocks_overlap(self().buffer, block_bytes(), source, units * sizeof(U));
 }
 
-template <class Self, class U>
-void TextOps<Self, U>::clear(bool release)
+template <class Self, class U, class L>
+void TextOps<Self, U, L>::clear(bool release)
 {
-    Self& s = self();
+    L& s = *this;
     if (release) {
         zor_free(s.buffer);
         s.buffer = nullptr;
@@ -86,29 +110,29 @@ void TextOps<Self, U>::clear(bool release)
     s.length = 0;
 }
 
-template <class Self, class U>
-void TextOps<Self, U>::set_length(uint32_t n)
+template <class Self, class U, class L>
+void TextOps<Self, U, L>::set_length(uint32_t n)
 {
-    self().length = n;
-    self().buffer[n] = 0;
+    this->length = n;
+    this->buffer[n] = 0;
 }
 
-template <class Self, class U>
-bool TextOps<Self, U>::take_block(uint32_t n)
+template <class Self, class U, class L>
+bool TextOps<Self, U, L>::take_block(uint32_t n)
 {
     uint64_t bytes = (uint64_t(n) + 1) * sizeof(U);
     if (bytes > UINT32_MAX)
         return false;
-    U* block = static_cast<U*>(zor_realloc(self().buffer, size_t(bytes)));
+    U* block = static_cast<U*>(zor_realloc(this->buffer, size_t(bytes)));
     if (!block)
         return false;
-    self().buffer = block;
-    self().capacity = Self::kCapacityIsRoom ? n : uint32_t(bytes);
+    this->buffer = block;
+    this->capacity = L::kCapacityIsRoom ? n : uint32_t(bytes);
     return true;
 }
 
-template <class Self, class U>
-int TextOps<Self, U>::Reserve(int n, int keep)
+template <class Self, class U, class L>
+int TextOps<Self, U, L>::Reserve(int n, int keep)
 {
     Self& s = self();
     if (n < 0 || (uint32_t(n) > room() && !take_block(uint32_t(n))))
@@ -124,14 +148,14 @@ int TextOps<Self, U>::Reserve(int n, int keep)
     return 1;
 }
 
-template <class Self, class U>
-U* TextOps<Self, U>::GetBuffer(int n)
+template <class Self, class U, class L>
+U* TextOps<Self, U, L>::GetBuffer(int n)
 {
     return self().Reserve(n, 1) ? self().buffer : nullptr;
 }
 
-template <class Self, class U>
-void TextOps<Self, U>::ReleaseBuffer(int n)
+template <class Self, class U, class L>
+void TextOps<Self, U, L>::ReleaseBuffer(int n)
 {
     Self& s = self();
     if (!s.buffer) {
@@ -148,8 +172,8 @@ void TextOps<Self, U>::ReleaseBuffer(int n)
     set_length(end);
 }
 
-template <class Self, class U>
-U* TextOps<Self, U>::Detach()
+template <class Self, class U, class L>
+U* TextOps<Self, U, L>::Detach()
 {
     Self& s = self();
     U* block = s.buffer;
@@ -159,8 +183,8 @@ U* TextOps<Self, U>::Detach()
     return block;
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::copy_from(const Self& other)
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::copy_from(const Self& other)
 {
     if (&other == &self())
         return self();
@@ -171,8 +195,8 @@ Self& TextOps<Self, U>::copy_from(const Self& other)
     return self();
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::take_over(Self& other)
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::take_over(Self& other)
 {
     if (&other == &self())
         return self();
@@ -187,8 +211,8 @@ Self& TextOps<Self, U>::take_over(Self& other)
     return s;
 }
 
-template <class Self, class U>
-Self TextOps<Self, U>::copy_of(const U* text, size_t units) const
+template <class Self, class U, class L>
+Self TextOps<Self, U, L>::copy_of(const U* text, size_t units) const
 {
     Self result;
     if (units)
@@ -196,9 +220,19 @@ Self TextOps<Self, U>::copy_of(const U* text, size_t units) const
     return result;
 }
 
-template <class Self, class U>
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::set_counted(const U* text, int n)
+{
+    if (!text || n == 0 || (n < 0 && !*text))
+        clear(false);
+    else
+        Assign(text, n);
+    return self();
+}
+
+template <class Self, class U, class L>
 template <class Redo>
-bool TextOps<Self, U>::redo_on_copy(const U* source, size_t units, Redo redo)
+bool TextOps<Self, U, L>::redo_on_copy(const U* source, size_t units, Redo redo)
 {
     if (!overlaps(source, units))
         return false;
@@ -208,8 +242,8 @@ bool TextOps<Self, U>::redo_on_copy(const U* source, size_t units, Redo redo)
     return true;
 }
 
-template <class Self, class U>
-void TextOps<Self, U>::Assign(const U* text, int n)
+template <class Self, class U, class L>
+void TextOps<Self, U, L>::Assign(const U* text, int n)
 {
     if (!text) {
         clear(true);
@@ -228,8 +262,8 @@ void TextOps<Self, U>::Assign(const U* text, int n)
     set_length(uint32_t(count));
 }
 
-template <class Self, class U>
-void TextOps<Self, U>::Append(const U* text, int n)
+template <class Self, class U, class L>
+void TextOps<Self, U, L>::Append(const U* text, int n)
 {
     if (!text)
         return;
@@ -246,9 +280,9 @@ void TextOps<Self, U>::Append(const U* text, int n)
     set_length(uint32_t(total));
 }
 
-template <class Self, class U>
+template <class Self, class U, class L>
 template <class Compare3>
-int TextOps<Self, U>::guarded_compare(const U* x, Compare3 compare) const
+int TextOps<Self, U, L>::guarded_compare(const U* x, Compare3 compare) const
 {
     const Self& s = self();
     if (x == s.buffer)
@@ -260,9 +294,9 @@ int TextOps<Self, U>::guarded_compare(const U* x, Compare3 compare) const
     return compare(s.buffer, x);
 }
 
-template <class Self, class U>
+template <class Self, class U, class L>
 template <class CompareN3>
-int TextOps<Self, U>::guarded_compare_n(const U* x, int n, CompareN3 compare) const
+int TextOps<Self, U, L>::guarded_compare_n(const U* x, int n, CompareN3 compare) const
 {
     const Self& s = self();
     if (x == s.buffer)
@@ -277,20 +311,20 @@ int TextOps<Self, U>::guarded_compare_n(const U* x, int n, CompareN3 compare) co
     return compare(s.buffer, x, count < s.length ? count : s.length);
 }
 
-template <class Self, class U>
-int TextOps<Self, U>::Compare(const U* x) const { return guarded_compare(x, Units<U>::cmp); }
+template <class Self, class U, class L>
+int TextOps<Self, U, L>::Compare(const U* x) const { return guarded_compare(x, Units<U>::cmp); }
 
-template <class Self, class U>
-int TextOps<Self, U>::CompareNoCase(const U* x) const { return guarded_compare(x, Units<U>::icmp); }
+template <class Self, class U, class L>
+int TextOps<Self, U, L>::CompareNoCase(const U* x) const { return guarded_compare(x, Units<U>::icmp); }
 
-template <class Self, class U>
-int TextOps<Self, U>::CompareN(const U* x, int n) const { return guarded_compare_n(x, n, Units<U>::ncmp); }
+template <class Self, class U, class L>
+int TextOps<Self, U, L>::CompareN(const U* x, int n) const { return guarded_compare_n(x, n, Units<U>::ncmp); }
 
-template <class Self, class U>
-int TextOps<Self, U>::CompareNoCaseN(const U* x, int n) const { return guarded_compare_n(x, n, Units<U>::nicmp); }
+template <class Self, class U, class L>
+int TextOps<Self, U, L>::CompareNoCaseN(const U* x, int n) const { return guarded_compare_n(x, n, Units<U>::nicmp); }
 
-template <class Self, class U>
-int TextOps<Self, U>::StartsWith(const U* x) const
+template <class Self, class U, class L>
+int TextOps<Self, U, L>::StartsWith(const U* x) const
 {
     if (!x || !*x)
         return 1;
@@ -299,8 +333,8 @@ int TextOps<Self, U>::StartsWith(const U* x) const
     return CompareN(x, int(Units<U>::len(x))) == 0;
 }
 
-template <class Self, class U>
-int TextOps<Self, U>::EndsWith(const U* x) const
+template <class Self, class U, class L>
+int TextOps<Self, U, L>::EndsWith(const U* x) const
 {
     if (!x || !*x)
         return 1;
@@ -311,8 +345,8 @@ int TextOps<Self, U>::EndsWith(const U* x) const
     return Units<U>::ncmp(s.buffer + s.length - n, x, n) == 0;
 }
 
-template <class Self, class U>
-U* TextOps<Self, U>::Find(const U* text, int start) const
+template <class Self, class U, class L>
+U* TextOps<Self, U, L>::Find(const U* text, int start) const
 {
     const Self& s = self();
     uint32_t from = start < 0 ? 0 : uint32_t(start);
@@ -321,8 +355,8 @@ U* TextOps<Self, U>::Find(const U* text, int start) const
     return const_cast<U*>(Units<U>::find(s.buffer + from, text));
 }
 
-template <class Self, class U>
-int TextOps<Self, U>::FindOneOf(const U* set) const
+template <class Self, class U, class L>
+int TextOps<Self, U, L>::FindOneOf(const U* set) const
 {
     const Self& s = self();
     if (!set || !s.length)
@@ -331,16 +365,16 @@ int TextOps<Self, U>::FindOneOf(const U* set) const
     return hit ? int(hit - s.buffer) : -1;
 }
 
-template <class Self, class U>
-Self TextOps<Self, U>::Left(int n) const
+template <class Self, class U, class L>
+Self TextOps<Self, U, L>::Left(int n) const
 {
     const Self& s = self();
     uint32_t units = n < 0 ? 0 : uint32_t(n);
     return copy_of(s.buffer, units < s.length ? units : s.length);
 }
 
-template <class Self, class U>
-Self TextOps<Self, U>::Right(int n) const
+template <class Self, class U, class L>
+Self TextOps<Self, U, L>::Right(int n) const
 {
     const Self& s = self();
     uint32_t units = n < 0 ? 0 : uint32_t(n);
@@ -349,8 +383,8 @@ Self TextOps<Self, U>::Right(int n) const
     return copy_of(s.buffer + s.length - units, units);
 }
 
-template <class Self, class U>
-Self TextOps<Self, U>::Mid(int start, int count) const
+template <class Self, class U, class L>
+Self TextOps<Self, U, L>::Mid(int start, int count) const
 {
     const Self& s = self();
     uint32_t from = start < 0 ? 0 : uint32_t(start);
@@ -362,25 +396,25 @@ Self TextOps<Self, U>::Mid(int start, int count) const
     return copy_of(s.buffer + from, units);
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::MakeLower()
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::MakeLower()
 {
     if (self().length)
         Units<U>::lower(self().buffer);
     return self();
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::MakeUpper()
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::MakeUpper()
 {
     if (self().length)
         Units<U>::upper(self().buffer);
     return self();
 }
 
-template <class Self, class U>
+template <class Self, class U, class L>
 template <class Drop>
-Self& TextOps<Self, U>::trim_left_while(Drop drop)
+Self& TextOps<Self, U, L>::trim_left_while(Drop drop)
 {
     Self& s = self();
     uint32_t n = 0;
@@ -393,9 +427,9 @@ Self& TextOps<Self, U>::trim_left_while(Drop drop)
     return s;
 }
 
-template <class Self, class U>
+template <class Self, class U, class L>
 template <class Drop>
-Self& TextOps<Self, U>::trim_right_while(Drop drop)
+Self& TextOps<Self, U, L>::trim_right_while(Drop drop)
 {
     Self& s = self();
     uint32_t n = s.length;
@@ -406,21 +440,21 @@ Self& TextOps<Self, U>::trim_right_while(Drop drop)
     return s;
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::TrimLeft() { return trim_left_while(Units<U>::space); }
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::TrimLeft() { return trim_left_while(Units<U>::space); }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::TrimLeft(U ch) { return trim_left_while([ch](U c) { return c == ch; }); }
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::TrimLeft(U ch) { return trim_left_while([ch](U c) { return c == ch; }); }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::TrimRight() { return trim_right_while(Units<U>::space); }
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::TrimRight() { return trim_right_while(Units<U>::space); }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::TrimRight(U ch) { return trim_right_while([ch](U c) { return c == ch; }); }
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::TrimRight(U ch) { return trim_right_while([ch](U c) { return c == ch; }); }
 
-template <class Self, class U>
+template <class Self, class U, class L>
 template <class Keep>
-Self& TextOps<Self, U>::keep_units(Keep keep)
+Self& TextOps<Self, U, L>::keep_units(Keep keep)
 {
     Self& s = self();
     uint32_t out = 0;
@@ -432,24 +466,24 @@ Self& TextOps<Self, U>::keep_units(Keep keep)
     return s;
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::RemoveChars(const U* set)
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::RemoveChars(const U* set)
 {
     if (!set || !*set)
         return self();
     return keep_units([set](U c) { return !Units<U>::in(set, c); });
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::KeepChars(const U* set)
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::KeepChars(const U* set)
 {
     if (!set || !*set)
         return self();
     return keep_units([set](U c) { return Units<U>::in(set, c); });
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::RemoveRepeats(U ch)
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::RemoveRepeats(U ch)
 {
     if (!ch)
         return self();
@@ -461,8 +495,8 @@ Self& TextOps<Self, U>::RemoveRepeats(U ch)
     });
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::ReplaceChars(const U* set, U ch)
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::ReplaceChars(const U* set, U ch)
 {
     if (!set)
         return self();
@@ -475,8 +509,8 @@ Self& TextOps<Self, U>::ReplaceChars(const U* set, U ch)
     return s;
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::Remove(const U* text)
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::Remove(const U* text)
 {
     if (!text || !*text || !self().length)
         return self();
@@ -491,8 +525,8 @@ Self& TextOps<Self, U>::Remove(const U* text)
     return self();
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::Replace(const U* from, const U* to)
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::Replace(const U* from, const U* to)
 {
     if (!self().length || !from || !*from)
         return self();
@@ -517,8 +551,8 @@ Self& TextOps<Self, U>::Replace(const U* from, const U* to)
 }
 
 // One pass in place: the write position never passes the read position.
-template <class Self, class U>
-void TextOps<Self, U>::replace_shorter(const U* from, size_t fromLen, const U* to, size_t toLen)
+template <class Self, class U, class L>
+void TextOps<Self, U, L>::replace_shorter(const U* from, size_t fromLen, const U* to, size_t toLen)
 {
     Self& s = self();
     U* end = s.buffer + s.length;
@@ -540,8 +574,8 @@ void TextOps<Self, U>::replace_shorter(const U* from, size_t fromLen, const U* t
 
 // Counts the hits, then rebuilds the text from a copy into a block of the
 // exact new size.
-template <class Self, class U>
-void TextOps<Self, U>::replace_longer(const U* from, size_t fromLen, const U* to, size_t toLen)
+template <class Self, class U, class L>
+void TextOps<Self, U, L>::replace_longer(const U* from, size_t fromLen, const U* to, size_t toLen)
 {
     Self& s = self();
     uint64_t hits = 0;
@@ -595,8 +629,8 @@ U simple_escape(U c)
 
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::Unescape()
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::Unescape()
 {
     Self& s = self();
     U* text = s.buffer;
@@ -642,8 +676,8 @@ Self& TextOps<Self, U>::Unescape()
     return s;
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::Format(const U* format, ...)
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::Format(const U* format, ...)
 {
     va_list args;
     va_start(args, format);
@@ -652,8 +686,8 @@ Self& TextOps<Self, U>::Format(const U* format, ...)
     return self();
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::FormatV(const U* format, va_list args)
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::FormatV(const U* format, va_list args)
 {
     if (!format) {
         clear(false);
@@ -697,8 +731,8 @@ uint32_t separator_at(const U* text, uint32_t length)
 
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::FromDouble(double value, int precision, int trimZeros)
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::FromDouble(double value, int precision, int trimZeros)
 {
     clear(false);
     if (precision < 0)
@@ -718,9 +752,9 @@ Self& TextOps<Self, U>::FromDouble(double value, int precision, int trimZeros)
     return s;
 }
 
-template <class Self, class U>
+template <class Self, class U, class L>
 template <class V>
-Self& TextOps<Self, U>::number_text(void (*write)(V, U*), V value)
+Self& TextOps<Self, U, L>::number_text(void (*write)(V, U*), V value)
 {
     clear(false);
     // 20 units hold every 32-bit and 64-bit decimal text with its sign.
@@ -731,21 +765,21 @@ Self& TextOps<Self, U>::number_text(void (*write)(V, U*), V value)
     return self();
 }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::FromInt(int32_t value) { return number_text(Units<U>::from_int, value); }
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::FromInt(int32_t value) { return number_text(Units<U>::from_int, value); }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::FromLong(int32_t value) { return number_text(Units<U>::from_long, value); }
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::FromLong(int32_t value) { return number_text(Units<U>::from_long, value); }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::FromUInt(uint32_t value) { return number_text(Units<U>::from_uint, value); }
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::FromUInt(uint32_t value) { return number_text(Units<U>::from_uint, value); }
 
-template <class Self, class U>
-Self& TextOps<Self, U>::FromULong(uint32_t value) { return number_text(Units<U>::from_ulong, value); }
+template <class Self, class U, class L>
+Self& TextOps<Self, U, L>::FromULong(uint32_t value) { return number_text(Units<U>::from_ulong, value); }
 
-template <class Self, class U>
+template <class Self, class U, class L>
 template <class V>
-Self& TextOps<Self, U>::convert_from(const V* src, int count, int64_t roomExtra,
+Self& TextOps<Self, U, L>::convert_from(const V* src, int count, int64_t roomExtra,
                                      int64_t roomFactor, bool withTerminator,
                                      int (*routine)(U*, const V*, int, int))
 {

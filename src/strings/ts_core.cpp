@@ -154,11 +154,21 @@ TSString* TSSetStr(TSString* ts, const wchar_t* text)
     return TSSetStrN(ts, text, int32_t(wcslen(text)));
 }
 
+// A source in the block moves or goes with the block when it is resized.
+int32_t ts_offset_in_block(const TSString* ts, const wchar_t* text)
+{
+    return ts->size && text >= ts->data && text < ts->data + ts->size ? int32_t(text - ts->data) : -1;
+}
+
 TSString* TSSetStrN(TSString* ts, const wchar_t* text, int32_t n)
 {
+    // A source in the block is moved to its front first, which the resize keeps.
+    const bool inBlock = n && ts_offset_in_block(ts, text) >= 0;
+    if (inBlock)
+        memmove(ts->data, text, size_t(n) * sizeof(wchar_t));
     if (!TSSetLen(ts, n))
         return nullptr;
-    if (n)
+    if (n && !inBlock)
         memmove(ts->data, text, size_t(n) * sizeof(wchar_t));
     return ts;
 }
@@ -223,8 +233,11 @@ TSString* TSAddStrN(TSString* ts, const wchar_t* text, int32_t n)
     int32_t newSize = oldLen + 1 + n;
     if (newSize == 1)
         return ts;
+    const int32_t offset = ts_offset_in_block(ts, text);
     if (!resize_block(ts, newSize))
         return nullptr;
+    if (offset >= 0)
+        text = ts->data + offset;
     memmove(ts->data + oldLen, text, size_t(n) * sizeof(wchar_t));
     ts->data[oldLen + n] = 0;
     ts->size = newSize;

@@ -28,6 +28,10 @@ TSString* ts_set_formatted(TSString* ts, const wchar_t* format, ...);
 // cannot be had.
 TSString* ts_set_formatted_on_heap(TSString* ts, const wchar_t* format, ...);
 
+// Units of `text` that lie in the string's own block, or -1 when it lies
+// elsewhere.
+int32_t ts_offset_in_block(const TSString* ts, const wchar_t* text);
+
 // `value` brought into -limit..limit.
 int ts_clamp(int64_t value, int limit);
 

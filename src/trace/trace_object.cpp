@@ -10,8 +10,6 @@ HANDLE hTraceMailslot = INVALID_HANDLE_VALUE;
 
 namespace {
 
-constexpr uint32_t kFacilities = 256;
-
 bool valid_level(int32_t level) { return level >= 0 && level <= 5; }
 
 }
@@ -22,7 +20,7 @@ int32_t IsTraceObjInitialized(void) { return bTraceObjInitialized; }
 
 int32_t EnableTrace(TraceObject* obj, uint32_t facility, int32_t enable)
 {
-    if (facility >= kFacilities)
+    if (facility >= 256)
         return 0;
     int32_t previous = obj->aFacility[facility];
     obj->aFacility[facility] = enable;
@@ -31,20 +29,12 @@ int32_t EnableTrace(TraceObject* obj, uint32_t facility, int32_t enable)
 
 int32_t TraceLevelEnabled(const TraceObject* obj, int32_t level)
 {
-    // Unsigned, so that level 0 lands on bit 31 and no level shifts by a
-    // negative count or by 32 or more.
-    uint32_t mask = 1u << ((static_cast<uint32_t>(level) - 1u) & 31u);
-    return (obj->dwLevelMask & mask) == mask;
+    return TraceLevelOn(obj, level);
 }
 
 int32_t TraceFacilityEnabled(const TraceObject* obj, int32_t level, uint32_t facility)
 {
-    return facility < kFacilities ? obj->aFacility[facility] : 1;
-}
-
-int TraceAnySink(const TraceObject* obj)
-{
-    return obj->bDebug || obj->bFile || obj->bEventLog || obj->bMailslot;
+    return TraceFacilityOn(obj, facility);
 }
 
 wchar_t TraceLevelLetter(int32_t level) { return valid_level(level) ? L"?DIWEA"[level] : L'?'; }

@@ -39,3 +39,26 @@ struct Random {
     }
     int below(int n) { return int(next() % uint32_t(n)); }
 };
+
+// Up to `most` units drawn from `alphabet`.
+template <class Char>
+std::basic_string<Char> random_word(Random& rnd, const std::basic_string<Char>& alphabet, int most)
+{
+    std::basic_string<Char> word;
+    for (int n = rnd.below(most + 1); n > 0; --n)
+        word += alphabet[size_t(rnd.below(int(alphabet.size())))];
+    return word;
+}
+
+// The text argument of one random step: `word`, or half the time a terminated
+// tail of the object's own text, which `word` then mirrors.
+template <class S, class Char>
+const Char* pick_argument(Random& rnd, const S& s, const std::basic_string<Char>& model,
+                          std::basic_string<Char>& word)
+{
+    if (model.empty() || !rnd.below(2))
+        return word.c_str();
+    size_t at = size_t(rnd.below(int(model.size())));
+    word = model.substr(at);
+    return s.buffer + at;
+}

@@ -20,7 +20,7 @@ void check_shape(const CWStr& s)
     if (s.buffer) {
         CHECK(s.buffer[s.length] == 0);
         CHECK(s.length <= s.capacity / 2 - 1);
-        CHECK(_msize(s.buffer) == s.capacity);
+        CHECK(zor_alloc_probe::block_bytes(s.buffer) == s.capacity);
     } else {
         CHECK(s.length == 0);
     }
@@ -77,28 +77,15 @@ TEST_CASE("random editing against a plain model, sources from the object's own b
     NoLeak leak;
     Random rnd(12);
     const wstring alphabet = L"ab \\x17";
-    auto word = [&](int most) {
-        wstring w;
-        for (int n = rnd.below(most + 1); n > 0; --n)
-            w += alphabet[size_t(rnd.below(int(alphabet.size())))];
-        return w;
-    };
+    auto word = [&](int most) { return random_word(rnd, alphabet, most); };
     CWStr s;
     wstring m;
     for (int step = 0; step < 20000; ++step) {
         wstring w1 = word(4), w2 = word(3);
-        const wchar_t *a = w1.c_str(), *b = w2.c_str();
-        if (!m.empty() && rnd.below(2)) {
-            // A terminated tail of the object's own text stands in for the argument.
-            size_t at = size_t(rnd.below(int(m.size())));
-            w1 = m.substr(at);
-            a = s.buffer + at;
-        }
+        const wchar_t *a = pick_argument(rnd, s, m, w1), *b = w2.c_str();
         int op = rnd.below(14);
         CAPTURE(step);
-        CAPTURE(op);
         CAPTURE(m);
-        CAPTURE(w1);
         switch (op) {
         case 0: s.Assign(a, int(w1.size())); m = w1; break;
         case 1: s.Append(a, -1); m += w1; break;

@@ -1,6 +1,5 @@
 #include <doctest/doctest.h>
 
-#include <malloc.h>
 #include <string.h>
 #include <vector>
 
@@ -50,7 +49,7 @@ TEST_CASE("items go behind the last one while they fit, else into a block of the
             const MPBlock& b = block(pool, item.block);
             CHECK(stored == static_cast<unsigned char*>(b.pData) + item.offset);
             CHECK(b.nUsed == item.offset + item.size);
-            CHECK(_msize(b.pData) == size_t(item.size > 8 ? item.size : 8));
+            CHECK(zor_alloc_probe::block_bytes(b.pData) == size_t(item.size > 8 ? item.size : 8));
         }
         // Each item still in its place with its own bytes after all others.
         for (size_t i = 0; i < items.size(); ++i)

@@ -1,6 +1,5 @@
 #include <doctest/doctest.h>
 
-#include <malloc.h>
 
 #include <algorithm>
 
@@ -34,7 +33,7 @@ void check_shape(const TSString* ts)
 {
     CHECK((ts->size == 0) == (ts->data == nullptr));
     CHECK((!ts->size || (ts->size > 1 && ts->data[ts->size - 1] == 0 &&
-                         _msize(ts->data) == size_t(ts->size) * sizeof(wchar_t))));
+                         zor_alloc_probe::block_bytes(ts->data) == size_t(ts->size) * sizeof(wchar_t))));
 }
 
 }

@@ -71,9 +71,9 @@ inline void record_tree(HKEY parent, const std::wstring& path, RegModel& model,
         return;
     model[relative] = L"key";
     wchar_t name[256];
-    uint8_t data[1025];
-    for (uint32_t i = 0, len = 256, type = 0, size = 1024;
-         EnumRegValue(key, i, name, &len, &type, data, &size) == 0; ++i, len = 256, size = 1024)
+    uint8_t data[4097];
+    for (uint32_t i = 0, len = 256, type = 0, size = 4096;
+         EnumRegValue(key, i, name, &len, &type, data, &size) == 0; ++i, len = 256, size = 4096)
         model[relative + L"|" + name] = describe_value(type, data, size);
     for (uint32_t i = 0, len = 256; EnumRegKey(key, i, name, &len) == 0; ++i, len = 256)
         record_tree(key, name, model, relative + L"\\" + name);

@@ -101,8 +101,9 @@ TEST_CASE("random trees come back from a file, also when exports are appended to
             random_tree(random, key.key(), L"", 0, kept[tree]);
             paths[tree] = key.path();
             // The first export makes the file, the second keeps its head
-            // line, the third writes none.
-            CHECK(export_key(roots[tree] + key.path(), file, tree > 0, tree == 2) == 0);
+            // line, the third writes none; a key path may end in a backslash.
+            CHECK(export_key(roots[tree] + key.path() + (tree == 1 ? L"\\" : L""), file, tree > 0,
+                             tree == 2) == 0);
         }
         std::string bytes = read_file(file);
         CHECK(bytes.compare(0, 8, kHead, 8) == 0);
@@ -306,30 +307,4 @@ TEST_CASE("exhaustion in either direction gives E_OUTOFMEMORY, keeps earlier wor
     CHECK(trees[2].find(aName + L"|a = 1:1") != std::wstring::npos);
     CHECK(trees[2].find(L"|b") == std::wstring::npos);
     CHECK(trees[3] == whole);
-}
-
-TEST_CASE("random lines and paths give a status and no crash")
-{
-    PrivateKey pk;
-    TempDir dir;
-    std::mt19937 random(8);
-    const std::wstring file = dir.file(L"random.reg");
-    const std::string pieces[] = {"\"", "=", "name", "17", "-", "[", "]", "\\", ";", " ", "\r\n",
-                                  "HKEY_NOWHERE\\", "[@\\r\\", "REGEDIT4", "\xe9",
-                                  std::string(300, 'l')};
-    auto orderly = [](ZORStatus status) {
-        return status == 0 || status == ZOR_E_INVALIDARG || status >> 16 == 0x8007;
-    };
-    for (int round = 0; round < 150; ++round) {
-        std::string text;
-        for (unsigned n = random() % 40; n > 0; --n)
-            text += pieces[random() % 16];
-        write_file(file, with_key(text, pk));
-        CAPTURE(text);
-        CHECK(orderly(import_files({file})));
-        std::wstring key = L"HKEY_CURRENT_USER\\" + pk.path() + L"\\r";
-        for (unsigned n = random() % 8; n > 0; --n)
-            key += random() % 4 ? L"\\" : std::wstring(random() % 200, L'k');
-        CHECK(orderly(export_key(key, file, int(random() % 2), int(random() % 2))));
-    }
 }

@@ -91,11 +91,12 @@ TEST_CASE("size limit and cut-off date stay defined for every setting")
     CHECK(std::wstring(text) == L"INVALID");
 }
 
-TEST_CASE("the DLL exports the trace object and its filters")
+TEST_CASE("the DLL exports the trace functions and the object, zero until started")
 {
     CHECK(missing_exports({"TraceObj", "pTraceObj", "bTraceObjInitialized", "GetTraceObj",
                            "IsTraceObjInitialized", "EnableTrace", "TraceLevelEnabled",
-                           "TraceFacilityEnabled"}) == "");
+                           "TraceFacilityEnabled", "Trace", "TraceVA", "TraceVAF", "TraceAscii",
+                           "TraceAsciiF", "TraceHex", "TraceHexF", "TraceInit"}) == "");
     auto object = reinterpret_cast<TraceObject*>(GetProcAddress(zor_load_dll(), "TraceObj"));
     auto pointer = reinterpret_cast<TraceObject**>(GetProcAddress(zor_load_dll(), "pTraceObj"));
     auto started =

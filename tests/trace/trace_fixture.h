@@ -30,6 +30,15 @@ struct OwnTrace {
     OwnTrace(const OwnTrace&) = delete;
     OwnTrace& operator=(const OwnTrace&) = delete;
 
+    // The file sink on today's file of `stem` in `dir`, as after a check.
+    void to_file(const std::wstring& dir, const std::wstring& stem)
+    {
+        place(dir, stem);
+        TraceSetDailyName(&obj);
+        wcscpy(obj.szLastFile, obj.szFile);
+        obj.bFile = 1;
+    }
+
     // Directory (with its separator) and stem of the daily files.
     void place(const std::wstring& dir, const std::wstring& stem)
     {
@@ -109,4 +118,45 @@ inline std::string numbered_bytes(size_t size)
     for (size_t i = 0; i < size; ++i)
         bytes[i] = static_cast<char>((i * 7 + i / 251) & 0xFF);
     return bytes;
+}
+
+// The lines of a text file as written, without their CR LF.
+inline std::vector<std::string> file_lines(const std::wstring& name)
+{
+    std::vector<std::string> lines;
+    std::string bytes = read_bytes(name);
+    for (size_t start = 0, end; (end = bytes.find("\r\n", start)) != std::string::npos;
+         start = end + 2)
+        lines.push_back(bytes.substr(start, end - start));
+    return lines;
+}
+
+// The 18 units that stand before each line's text, with `letter` and
+// today's date (day, month, two-digit year); time digits are only counted.
+template <class Text>
+bool has_prefix(const Text& line, char letter)
+{
+    if (line.size() < 18 || line[0] != static_cast<typename Text::value_type>(letter) ||
+        line[7] != ' ' || line[17] != ' ')
+        return false;
+    std::wstring today = date_back(0);
+    std::wstring day_first = today.substr(6, 2) + today.substr(4, 2) + today.substr(2, 2);
+    for (int i = 0; i < 6; ++i)
+        if (line[1 + i] != static_cast<typename Text::value_type>(day_first[i]))
+            return false;
+    for (int i = 8; i < 17; ++i)
+        if (line[i] < '0' || line[i] > '9')
+            return false;
+    return true;
+}
+
+// The lines of a trace file with their prefix checked and taken off.
+inline std::vector<std::string> file_texts(const std::wstring& name, char letter)
+{
+    std::vector<std::string> lines = file_lines(name);
+    for (std::string& line : lines) {
+        CHECK(has_prefix(line, letter));
+        line = line.substr(18);
+    }
+    return lines;
 }

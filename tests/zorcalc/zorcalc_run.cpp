@@ -30,17 +30,22 @@ std::wstring quoted(const std::wstring& arg)
     return text + L"\"";
 }
 
-std::wstring program_path()
+std::wstring program_path(const wchar_t* name)
 {
     wchar_t path[MAX_PATH];
     DWORD n = GetModuleFileNameW(nullptr, path, MAX_PATH);
     std::wstring dir(path, n);
-    return dir.substr(0, dir.find_last_of(L"\\/") + 1) + L"zorcalc.exe";
+    return dir.substr(0, dir.find_last_of(L"\\/") + 1) + name;
 }
 
 } // namespace
 
 Outcome run_zorcalc(const std::vector<std::wstring>& args, const std::string& input)
+{
+    return run_program(L"zorcalc.exe", args, input);
+}
+
+Outcome run_program(const wchar_t* name, const std::vector<std::wstring>& args, const std::string& input)
 {
     SECURITY_ATTRIBUTES inherit{sizeof inherit, nullptr, TRUE};
     HANDLE inRead, inWrite, outRead, outWrite, errRead, errWrite;
@@ -51,7 +56,7 @@ Outcome run_zorcalc(const std::vector<std::wstring>& args, const std::string& in
     SetHandleInformation(outRead, HANDLE_FLAG_INHERIT, 0);
     SetHandleInformation(errRead, HANDLE_FLAG_INHERIT, 0);
 
-    std::wstring program = program_path();
+    std::wstring program = program_path(name);
     std::wstring line = quoted(program);
     for (const std::wstring& arg : args)
         line += L" " + quoted(arg);

@@ -14,6 +14,8 @@ struct Outcome {
 // `args` go to the program as they are; `input` is its standard input, which
 // is closed behind it.
 Outcome run_zorcalc(const std::vector<std::wstring>& args, const std::string& input = "");
+// Another program beside the test, such as zormsg.exe.
+Outcome run_program(const wchar_t* name, const std::vector<std::wstring>& args, const std::string& input = "");
 
 // A sheet of tests/zorcalc/sheets.
 std::wstring sheet(const wchar_t* name);

@@ -12,23 +12,36 @@ struct SourceLine {
     const std::wstring* text;
 };
 
+// A text of the workbench in its two languages.
+struct Wording {
+    const wchar_t* english;
+    const wchar_t* german;
+};
+
 class Diagnostics {
 public:
     explicit Diagnostics(uint32_t language) : language_(language) {}
+
+    const wchar_t* say(const Wording& text) const { return language_ == 1031 ? text.german : text.english; }
 
     // `start` is the unit index of the failing token in the line, `length`
     // its length in units (0 for the end of the line).
     void report(const SourceLine& at, size_t start, size_t length, const std::wstring& message);
     // A message about a whole file or the command line, with no position.
     void report(const std::wstring& where, const std::wstring& message);
+    // Like report, but no error: the exit status stays as it is.
+    void warn(const SourceLine& at, size_t start, size_t length, const std::wstring& message);
 
-    // The library's text for a status code in the chosen language, with the
-    // code's name where the catalogue has no text of its own.
+    // A status code as text in the chosen language: the library's catalogue
+    // for its own codes, the workbench's texts and the code's name for the
+    // platform codes the engine returns.
     std::wstring status_text(ZORStatus code) const;
 
     int count() const { return count_; }
 
 private:
+    void show(const SourceLine& at, size_t start, size_t length, const std::wstring& message);
+
     uint32_t language_;
     int count_ = 0;
 };

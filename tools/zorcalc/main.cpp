@@ -41,6 +41,19 @@ void read_handle(Session& session, Diagnostics& diagnostics, const std::wstring*
             diagnostics.report(at, 0, text.size(), L"the line is not valid UTF-8");
             continue;
         }
+        if (immediate && !text.empty() && text[0] == L':') {
+            // Commands of an interactive session; a sheet has no such lines.
+            std::wstring command = text.substr(0, text.find_last_not_of(L" \t") + 1);
+            if (command == L":quit")
+                return;
+            if (command == L":help") {
+                write_out(kSheetHelp);
+                continue;
+            }
+            SourceLine at{file, number, &text};
+            diagnostics.report(at, 0, command.size(), L"unknown command \"" + command + L"\" (:help, :quit)");
+            continue;
+        }
         session.read(file, number, text, immediate);
     }
 }
@@ -89,6 +102,11 @@ int wmain(int argc, wchar_t** argv)
     }
     if (options.help) {
         write_out(kUsage);
+        return 0;
+    }
+    if (options.version) {
+        const std::string number = ZORBASE_VERSION_STRING;
+        write_out(L"zorcalc " + std::wstring(number.begin(), number.end()) + L"\n");
         return 0;
     }
     if (!_wsetlocale(LC_ALL, options.locale.c_str())) {

@@ -1,5 +1,7 @@
 #include "mask.h"
 
+#include <math.h>
+
 #include "values.h"
 
 namespace {
@@ -9,6 +11,8 @@ bool is_number_picture(int32_t kind) { return kind == FSC_INTEGER || kind == FSC
 double number_of(const void* value, uint32_t type)
 {
     switch (type) {
+    case EXT_String:
+        return FMToDouble(TSGetStr(static_cast<const TSString*>(value)));
     case EXT_Char:
         return *static_cast<const wchar_t*>(value);
     case EXT_Long:
@@ -42,6 +46,29 @@ bool placeholder_takes(const MaskPiece& piece, uint32_t type)
         return type == EXT_Char || type == EXT_Long || type == EXT_ULong || type == EXT_Double ||
                type == EXT_String;
     return true;
+}
+
+bool fits_placeholder(const MaskPiece& piece, const void* value, uint32_t type)
+{
+    if (!is_number_picture(piece.kind))
+        return true;
+    const wchar_t* format = GetDefaultDblFormat();
+    int positions = 0, decimals = 0;
+    bool fraction = false;
+    for (wchar_t unit : piece.text) {
+        if (unit == format[4])
+            fraction = true;
+        else if (unit == format[0] || unit == format[1] || unit == format[2] || unit == format[3])
+            ++(fraction ? decimals : positions);
+    }
+    double scale = pow(10.0, decimals);
+    double whole = floor(floor(fabs(number_of(value, type)) * scale + 0.5) / scale);
+    if (!isfinite(whole))
+        return false;
+    int digits = 0;
+    for (; whole >= 1; whole = floor(whole / 10))
+        ++digits;
+    return digits <= positions;
 }
 
 std::wstring fill_placeholder(const MaskPiece& piece, const void* value, uint32_t type,

@@ -21,5 +21,9 @@ bool is_placeholder(const MaskPiece& piece);
 // placeholders take any value through its text.
 bool placeholder_takes(const MaskPiece& piece, uint32_t type);
 
+// False when a number picture has too few integer positions for the value
+// rounded to its decimals: the library then drops the leading digits.
+bool fits_placeholder(const MaskPiece& piece, const void* value, uint32_t type);
+
 std::wstring fill_placeholder(const MaskPiece& piece, const void* value, uint32_t type,
                               const std::wstring& datePicture);

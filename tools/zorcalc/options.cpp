@@ -12,7 +12,20 @@ const wchar_t* const kUsage =
     L"  --locale NAME  runtime locale for decimal point and group separator\n"
     L"                 (default: the user's locale)\n"
     L"  -h, --help     this text\n"
-    L"exit status: 0 done, 1 errors in the sheet or its runs, 2 bad command line or unreadable file\n";
+    L"  --version      the version of zorcalc and of the library it was built with\n"
+    L"exit status: 0 done, 1 errors in the sheet or its runs, 2 bad command line or unreadable file\n"
+    L"In an interactive session (-) :help shows the sheet lines and :quit ends.\n";
+
+const wchar_t* const kSheetHelp =
+    L"var TYPE NAME [= VALUE]     a variable (types: char long ulong double bitfield string date)\n"
+    L"const TYPE NAME = VALUE     a constant\n"
+    L"datepicture \"PICTURE\"       the picture of dates read and printed from here on\n"
+    L"print \"MASK\" VALUE, ...     a print line: # $ * number pictures, /  / ^ & texts\n"
+    L"# text                      a comment\n"
+    L"anything else               a formula, e.g. net = qty * price; its value and type are shown\n"
+    L"functions: today() days(n) months(n) round(x, places) len(s) picture(x, \"#,###.##\")\n"
+    L":help                       this text\n"
+    L":quit                       end the session (so does the end of the input)\n";
 
 bool parse_options(int argc, wchar_t** argv, Options& options, std::wstring& error)
 {
@@ -21,6 +34,8 @@ bool parse_options(int argc, wchar_t** argv, Options& options, std::wstring& err
         bool hasValue = i + 1 < argc;
         if (arg == L"-h" || arg == L"--help") {
             options.help = true;
+        } else if (arg == L"--version") {
+            options.version = true;
         } else if (arg == L"--disasm") {
             options.listing = true;
         } else if (arg == L"-e" || arg == L"--lang" || arg == L"--locale") {

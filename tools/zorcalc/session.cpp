@@ -196,7 +196,7 @@ bool Session::initialise(const SourceLine& at, const SheetLine& line, Variable& 
         return false;
     }
     const void* result = nullptr;
-    bool computed = evaluated(initial, L"value", result);
+    bool computed = evaluated(initial, kValueRun, result);
     // An initial value is computed once; an assignment inside it must not
     // run again when a formula reads what it assigned.
     disarm(initial.start);
@@ -218,7 +218,7 @@ void Session::formula(const SourceLine& at, const SheetLine& line, bool immediat
     if (!immediate)
         return;
     const void* value = nullptr;
-    if (evaluated(formula, L"formula", value))
+    if (evaluated(formula, kFormulaRun, value))
         write_out(value_literal(value, formula.type, datePicture_) + L" (" + type_name(formula.type) + L")\n");
 }
 

@@ -15,6 +15,13 @@
 #include "sheet_line.h"
 #include "zorbase.h"
 
+// How a run error names what failed, and what needed it.
+struct RunKind {
+    Wording failed; // "run error in the formula"
+    Wording needs;  // "note: the formula"
+};
+extern const RunKind kFormulaRun, kValueRun;
+
 class Session {
 public:
     Session(Diagnostics& diagnostics, bool listing);
@@ -74,10 +81,18 @@ private:
     void disarm(uint32_t start);
     bool indexes_variable(uint32_t start) const;
     bool compile(const SourceLine& at, const SheetItem& item, uint32_t wantedType, Compiled& out);
-    ZORStatus evaluate(const Compiled& what, const void*& value);
-    void report_run_error(const Compiled& what, ZORStatus status, const wchar_t* kind);
+    ZORStatus evaluate(uint32_t start, const void*& value);
     // Evaluates and reports a failure, naming `what` as a formula or value.
-    bool evaluated(const Compiled& what, const wchar_t* kind, const void*& value);
+    bool evaluated(const Compiled& what, const RunKind& kind, const void*& value);
+    // Copies of the variables' values; false when a copy ran out of memory.
+    bool save_variables(std::vector<std::unique_ptr<Variable>>& copies) const;
+    // `before` holds the variables as they were before the run, or is null
+    // when they could not be saved; then `what` itself is named.
+    void report_run_error(const Compiled& what, ZORStatus status, const RunKind& kind,
+                          std::vector<std::unique_ptr<Variable>>* before);
+    void restore_variables(std::vector<std::unique_ptr<Variable>>& copies);
+    uint32_t failing_run(uint32_t start);
+    const Compiled* formula_at(uint32_t start) const;
     void link();
     bool run_job(const PrintJob& job);
 

@@ -38,6 +38,33 @@ bool LineReader::read_console(std::string& bytes)
     return true;
 }
 
+// A sheet saved as UTF-16 starts with its byte order mark; from there on its
+// bytes become UTF-8 as they arrive, so that lines are split in one encoding.
+void LineReader::take_utf16_mark(std::string& bytes)
+{
+    if (bytes.compare(0, 2, "\xFF\xFE") == 0)
+        utf16_ = LittleEndian;
+    else if (bytes.compare(0, 2, "\xFE\xFF") == 0)
+        utf16_ = BigEndian;
+    if (utf16_)
+        bytes.erase(0, 2);
+}
+
+std::string LineReader::utf16_to_utf8(const std::string& bytes)
+{
+    carry_ += bytes;
+    const unsigned char* b = reinterpret_cast<const unsigned char*>(carry_.data());
+    std::wstring units(carry_.size() / 2, L'\0');
+    for (size_t i = 0; i < units.size(); ++i)
+        units[i] = wchar_t(utf16_ == LittleEndian ? b[2 * i] | b[2 * i + 1] << 8 : b[2 * i] << 8 | b[2 * i + 1]);
+    // Half a pair waits for its other half in the next chunk.
+    size_t whole = units.size();
+    if (whole > 0 && units[whole - 1] >= 0xD800 && units[whole - 1] <= 0xDBFF)
+        --whole;
+    carry_.erase(0, whole * 2);
+    return to_utf8(units.data(), whole);
+}
+
 bool LineReader::fill()
 {
     if (ended_)
@@ -52,6 +79,10 @@ bool LineReader::fill()
         // A pipe whose writer has gone reports ERROR_BROKEN_PIPE: that is its end.
         ended_ = !ReadFile(handle_, chunk, sizeof chunk, &got, nullptr) || got == 0;
         bytes.assign(chunk, got);
+        if (first_ && pending_.empty() && !utf16_ && bytes.size() >= 2)
+            take_utf16_mark(bytes);
+        if (utf16_)
+            bytes = utf16_to_utf8(bytes);
     }
     if (ended_)
         return false;

@@ -11,7 +11,8 @@ void write_out(const std::wstring& text);
 void write_err(const std::wstring& text);
 
 // Reads lines from a file or pipe as they arrive, so that a piped session
-// answers each line before the next one is typed.
+// answers each line before the next one is typed. Input is UTF-8, with or
+// without a byte order mark, or UTF-16 of either order with its mark.
 class LineReader {
 public:
     explicit LineReader(HANDLE handle) : handle_(handle) {}
@@ -21,12 +22,18 @@ public:
     bool next(std::wstring& text, bool& badEncoding);
 
 private:
+    enum Utf16 { None, LittleEndian, BigEndian };
+
     bool fill();
     bool read_console(std::string& bytes);
+    void take_utf16_mark(std::string& bytes);
+    std::string utf16_to_utf8(const std::string& bytes);
 
     HANDLE handle_;
     std::string pending_;
     size_t used_ = 0;
     bool ended_ = false;
     bool first_ = true;
+    Utf16 utf16_ = None;
+    std::string carry_; // UTF-16 bytes not yet converted
 };
