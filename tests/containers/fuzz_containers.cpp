@@ -10,6 +10,9 @@
 #include "fuzz.h"
 #include "guard_heap.h"
 #include "zor_da.h"
+#include "zor_dl.h"
+#include "zor_ll.h"
+#include "zor_mp.h"
 
 namespace {
 
@@ -92,5 +95,96 @@ TEST_CASE("fuzz: DA writers with sources anywhere in the array's own block")
                 }
         }
         DADestroy(da);
+    });
+}
+
+TEST_CASE("fuzz: lists and pool against byte models, fed from fenced sources")
+{
+    NoLeak leak;
+    fuzz_loop(400, [](FuzzRng& rng) {
+        // Sizes from anywhere: only a positive one makes an object.
+        const int32_t wild = rng.extreme();
+        DLHeader* wild_dl = DLCreateHeader(wild);
+        LLHeader* wild_ll = LLCreate(wild);
+        MPPool* wild_mp = MPCreate(wild);
+        CHECK((wild_dl != nullptr) == (wild > 0));
+        CHECK((wild_ll != nullptr) == (wild > 0));
+        CHECK((wild_mp != nullptr) == (wild > 0));
+        if (wild > 0) {
+            DLRemoveHeader(wild_dl);
+            LLDestroy(wild_ll);
+            MPDestroy(wild_mp);
+        }
+
+        using Bytes = std::vector<unsigned char>;
+        const int32_t size = rng.between(1, 24);
+        DLHeader* h = DLCreateHeader(size);
+        LLHeader* list = LLCreate(size);
+        MPPool* pool = MPCreate(rng.between(1, 64));
+        std::vector<std::pair<DLElement*, Bytes>> dl;
+        std::vector<std::pair<void*, Bytes>> ll, mp;
+        for (int op = 0; op < 24; ++op) {
+            // The source ends at a no-access page: a copy of too many bytes faults.
+            Fenced<unsigned char> source{size_t(size)};
+            for (size_t i = 0; i < source.size(); ++i)
+                source.data()[i] = static_cast<unsigned char>(rng.next());
+            const Bytes bytes(source.data(), source.data() + size);
+            const uint32_t kind = rng.below(5);
+            CAPTURE(kind);
+            if (kind == 0) {
+                // A null reference means an end; before a reference or behind it.
+                const int32_t before = int32_t(rng.below(2)), ref = rng.between(-1, int32_t(dl.size()) - 1);
+                const size_t at = ref < 0 ? (before ? 0 : dl.size()) : size_t(ref + !before);
+                DLElement* e = DLCreateElement(h, source.data());
+                DLInsertElement(h, ref < 0 ? nullptr : dl[size_t(ref)].first, e, before);
+                dl.insert(dl.begin() + ptrdiff_t(at), {e, bytes});
+            } else if (kind == 1) {
+                const size_t at = rng.below(uint32_t(dl.size()) + 1);
+                DLRemoveElement(h, at < dl.size() ? dl[at].first : DLCreateElement(h, source.data()));
+                if (at < dl.size())
+                    dl.erase(dl.begin() + ptrdiff_t(at));
+            } else if (kind == 2) {
+                const bool front = rng.chance(50);
+                void* stored = front ? LLPushFront(list, source.data()) : LLPushBack(list, source.data());
+                ll.insert(front ? ll.begin() : ll.end(), {stored, bytes});
+            } else if (kind == 3) {
+                const size_t at = rng.below(uint32_t(ll.size()) + 1);
+                const void* address = at < ll.size() ? ll[at].first : source.data();
+                CHECK(LLRemove(list, address) == (at < ll.size() ? address : nullptr));
+                if (at < ll.size())
+                    ll.erase(ll.begin() + ptrdiff_t(at));
+            } else {
+                // A tail of the source, up to all of it, or a negative size.
+                const int32_t n = rng.chance(10) ? -1 - int32_t(rng.below(INT32_MAX)) : rng.between(0, size);
+                void* stored = MPAlloc(pool, source.data() + size - std::max(n, 0), n);
+                CHECK((stored != nullptr) == (n >= 0));
+                if (stored)
+                    mp.push_back({stored, Bytes(bytes.end() - n, bytes.end())});
+            }
+            // Walks bounded by the models, so that a broken link ends them.
+            std::vector<const void*> forward, backward;
+            for (DLElement* e = h->pFirst; e && forward.size() <= dl.size(); e = e->pNext)
+                forward.push_back(e);
+            for (DLElement* e = h->pLast; e && backward.size() <= dl.size(); e = e->pPrev)
+                backward.insert(backward.begin(), e);
+            REQUIRE(forward.size() == dl.size());
+            REQUIRE(backward == forward);
+            for (size_t i = 0; i < dl.size(); ++i) {
+                CHECK(forward[i] == dl[i].first);
+                CHECK(memcmp(dl[i].first->pValue, dl[i].second.data(), size_t(size)) == 0);
+            }
+            size_t walked = 0;
+            for (void* v = LLFirst(list); v && walked < ll.size(); v = LLNext(v), ++walked) {
+                CHECK(v == ll[walked].first);
+                CHECK(memcmp(v, ll[walked].second.data(), size_t(size)) == 0);
+            }
+            CHECK(walked == ll.size());
+            CHECK(LLCount(list) == int32_t(ll.size()));
+            for (const auto& item : mp)
+                CHECK(memcmp(item.first, item.second.data(), item.second.size()) == 0);
+        }
+        DLRemoveHeader(h);
+        LLDestroy(list);
+        MPDestroy(pool);
     });
 }
