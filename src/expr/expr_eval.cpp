@@ -209,11 +209,18 @@ ZORStatus expr_run_ordinary(ExprContext* expr, uint32_t start, uint32_t ip, intp
 
 void* ExprPopResult(ExprContext* expr)
 {
-    return instructions(expr)[expr->stack[--expr->stackDepth]].operand.value;
+    uint32_t type;
+    return ExprPopArgument(expr, &type);
 }
 
 void* ExprPopArgument(ExprContext* expr, uint32_t* type)
 {
+    // A user function that pops more than it was given must not read below
+    // the stack.
+    if (expr->stackDepth < 1) {
+        *type = EXT_Void;
+        return nullptr;
+    }
     const ExprOperand& operand = instructions(expr)[expr->stack[--expr->stackDepth]].operand;
     *type = operand.type;
     return operand.value;
