@@ -6,9 +6,7 @@
 
 #include "fenced.h"
 #include "fuzz.h"
-#include "private_key.h"
 #include "system_test_support.h"
-#include "temp_dir.h"
 
 namespace {
 
@@ -29,15 +27,20 @@ TEST_CASE("fuzz: the value readers give the stored bytes, or the default and the
     decltype(&QueryRegEntryBool) numberReaders[] = {QueryRegEntryBool, QueryRegEntryDWord,
                                                     QueryRegEntryLong};
     fuzz_loop(400, [&](FuzzRng& rng) {
-        std::vector<uint8_t> stored(rng.below(41));
+        const uint32_t capacity = rng.between(1, 20);
+        // Often right at the buffer's size, where the terminator decides.
+        std::vector<uint8_t> stored(rng.chance(50) ? size_t(int(capacity) * 2 + rng.between(-2, 2))
+                                                   : rng.below(41));
         for (uint8_t& byte : stored)
             byte = rng.chance(20) ? 0 : uint8_t(rng.below(256));
+        if (stored.size() >= 2 && rng.chance(30))
+            stored.back() = stored[stored.size() - 2] = 0;
         const bool missing = rng.chance(10);
         if (missing)
             RegDeleteValueW(pk.key(), L"v");
         else
             pk.set_bytes(L"v", stored.data(), DWORD(stored.size()), rng.pick(types));
-        const uint32_t capacity = rng.between(1, 20), units = uint32_t(stored.size() / 2);
+        const uint32_t units = uint32_t(stored.size() / 2);
         const std::wstring fallback = capacity >= 4 ? L"def" : L"";
         Fenced<wchar_t> data(capacity);
         uint32_t len = capacity;

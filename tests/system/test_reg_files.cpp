@@ -4,9 +4,7 @@
 #include <vector>
 
 #include "alloc_check.h"
-#include "private_key.h"
 #include "system_test_support.h"
-#include "temp_dir.h"
 
 namespace {
 

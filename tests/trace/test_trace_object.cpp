@@ -87,19 +87,13 @@ TEST_CASE("size limit and cut-off date stay defined for every setting")
 
 TEST_CASE("the DLL exports the trace functions and the object, zero until started")
 {
-    CHECK(missing_exports({"TraceObj", "pTraceObj", "bTraceObjInitialized", "GetTraceObj",
-                           "IsTraceObjInitialized", "EnableTrace", "TraceLevelEnabled",
-                           "TraceFacilityEnabled", "Trace", "TraceVA", "TraceVAF", "TraceAscii",
-                           "TraceAsciiF", "TraceHex", "TraceHexF", "TraceInit"}) == "");
-    auto object = reinterpret_cast<TraceObject*>(GetProcAddress(zor_load_dll(), "TraceObj"));
-    auto pointer = reinterpret_cast<TraceObject**>(GetProcAddress(zor_load_dll(), "pTraceObj"));
-    auto started =
-        reinterpret_cast<int32_t*>(GetProcAddress(zor_load_dll(), "bTraceObjInitialized"));
-    REQUIRE(object != nullptr);
-    REQUIRE(pointer != nullptr);
-    REQUIRE(started != nullptr);
-    CHECK(*pointer == object);
-    CHECK(*started == 0);
+    REQUIRE(missing_exports({"TraceObj", "pTraceObj", "bTraceObjInitialized", "GetTraceObj",
+                             "IsTraceObjInitialized", "EnableTrace", "TraceLevelEnabled",
+                             "TraceFacilityEnabled", "Trace", "TraceVA", "TraceVAF", "TraceAscii",
+                             "TraceAsciiF", "TraceHex", "TraceHexF", "TraceInit"}) == "");
+    auto object = dll_proc<TraceObject*>("TraceObj");
+    CHECK(*dll_proc<TraceObject**>("pTraceObj") == object);
+    CHECK(*dll_proc<int32_t*>("bTraceObjInitialized") == 0);
     CHECK(dll_proc<TraceObject* (*)()>("GetTraceObj")() == object);
     CHECK(dll_proc<int32_t (*)()>("IsTraceObjInitialized")() == 0);
     static const TraceObject zero = {};

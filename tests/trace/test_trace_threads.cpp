@@ -79,15 +79,18 @@ TEST_CASE("debug output and mailslot messages, and a mailslot opened anew")
     listening.finish();
 
     CHECK(reset);
-    std::vector<std::wstring> texts;
-    for (const std::wstring& line : listening.messages)
-        texts.push_back(has_prefix(line, 'W') ? line.substr(18) : line);
-    CHECK(texts == std::vector<std::wstring>{std::wstring(L"first", 6), std::wstring(L"again", 6)});
-    texts.clear();
-    for (const std::wstring& line : listening.debug)
-        texts.push_back(has_prefix(line, 'W') ? line.substr(18) : line);
-    CHECK(texts == std::vector<std::wstring>{L"first", L"\n", L"lost", L"\n", L"again", L"\n",
-                                            L"ASCII Dump: d (3 Chars)", L"\n", L"xyz", L"\n"});
+    // The texts behind the prefix; what has no prefix as it is.
+    auto texts = [](const std::vector<std::wstring>& lines) {
+        std::vector<std::wstring> out;
+        for (const std::wstring& line : lines)
+            out.push_back(has_prefix(line, 'W') ? line.substr(18) : line);
+        return out;
+    };
+    CHECK(texts(listening.messages) ==
+          std::vector<std::wstring>{std::wstring(L"first", 6), std::wstring(L"again", 6)});
+    CHECK(texts(listening.debug) ==
+          std::vector<std::wstring>{L"first", L"\n", L"lost", L"\n", L"again", L"\n",
+                                    L"ASCII Dump: d (3 Chars)", L"\n", L"xyz", L"\n"});
 }
 
 TEST_CASE("four threads: each line once and whole in every sink, in each thread's order")
