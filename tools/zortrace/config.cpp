@@ -275,7 +275,7 @@ void print_reading(const std::wstring& key, const std::wstring& fileName, Readin
                                    : std::to_wstring(sizeKB) + L" KiB (" + std::to_wstring(sizeKB * 1024LL) +
                                          L" bytes)");
     print_field(L"event source", reading.texts[1]);
-    print_field(L"mailslot", slotName.empty() ? L"none" : slotName);
+    print_field(L"mailslot", slotName.empty() ? L"none" : (slot ? L"" : L"(off) ") + slotName);
     for (const std::wstring& note : reading.notes)
         print_field(L"note", note);
 }

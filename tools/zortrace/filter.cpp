@@ -1,5 +1,6 @@
 #include "filter.h"
 
+#include <wchar.h>
 #include <wctype.h>
 
 namespace {

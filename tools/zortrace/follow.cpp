@@ -83,10 +83,10 @@ private:
         if (bytes.compare(0, keep, tail_) != 0) {
             // Not the file that was read: trimmed and replaced.
             bytes = file.bytes_from(0);
-            size_t found = tail_.empty() ? std::string::npos : bytes.find(tail_);
+            size_t found = find_tail(bytes);
             if (found == std::string::npos && offset_ > 0)
                 write_err(L"zortrace: " + path_ + L" was trimmed before its last lines could be read\n");
-            offset_ = found == std::string::npos ? 0 : found + tail_.size();
+            offset_ = found == std::string::npos ? 0 : found;
             bytes.erase(0, offset_);
         } else {
             bytes.erase(0, keep);
@@ -109,6 +109,23 @@ private:
             builder_.add(whole);
     }
 
+    // Where reading goes on in a trimmed file: behind the longest run of
+    // whole lines read last that it still holds (the cut may fall inside
+    // the bytes kept for this), npos when it holds none of them.
+    size_t find_tail(const std::string& bytes) const
+    {
+        for (size_t from = 0; from < tail_.size();) {
+            size_t found = bytes.find(tail_.c_str() + from, 0, tail_.size() - from);
+            if (found != std::string::npos)
+                return found + tail_.size() - from;
+            size_t line_end = tail_.find('\n', from);
+            if (line_end == std::string::npos)
+                break;
+            from = line_end + 1;
+        }
+        return std::string::npos;
+    }
+
     std::wstring path_;
     RecordBuilder builder_;
     size_t offset_ = 0;
@@ -121,7 +138,10 @@ private:
 
 int follow(const Options& options)
 {
-    const std::wstring& stem = options.operands[0];
+    // A folder alone names the files that are named by their date alone.
+    std::wstring stem = options.operands[0];
+    if (is_folder(stem) && stem.back() != L'\\' && stem.back() != L'/')
+        stem += L'\\';
     size_t cut = stem.find_last_of(L"\\/");
     std::wstring folder = cut == std::wstring::npos ? L"." : stem.substr(0, cut + 1);
     if (!is_folder(folder)) {

@@ -13,7 +13,7 @@ struct Options {
     std::vector<std::wstring> operands;
     Filter filter;
     int colour = -1;                  // 1 --color, 0 --no-color, -1 as the output is
-    long last = 10;                   // follow: lines of the newest file shown first
+    long last = 10;                   // follow: records of the newest file shown first
     long count = 0;                   // follow, listen: stop after this many records; 0 never
     long seconds = 0;                 // follow, listen: stop after this long; 0 never
     std::wstring key;                 // stats: the configuration whose size limit applies

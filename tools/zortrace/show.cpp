@@ -18,7 +18,7 @@ bool resolve_paths(const std::vector<std::wstring>& operands, std::vector<std::w
         std::wstring stem = path;
         if (folder && stem.back() != L'\\' && stem.back() != L'/')
             stem += L'\\';
-        std::vector<std::wstring> daily = daily_files(stem);
+        std::vector<std::wstring> daily = daily_files(stem, folder);
         if (daily.empty()) {
             write_err(L"zortrace: " + (folder ? L"no trace files (NAMEyyyymmdd.log) in the folder " + path
                                               : path + L": no such file, and no daily files " + path + L"yyyymmdd.log") +

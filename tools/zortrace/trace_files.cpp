@@ -43,7 +43,7 @@ std::wstring date_of(const std::wstring& file)
     return file.substr(file.size() - 12, 8);
 }
 
-std::vector<std::wstring> daily_files(const std::wstring& stem)
+std::vector<std::wstring> daily_files(const std::wstring& stem, bool anyStem)
 {
     size_t cut = stem.find_last_of(L"\\/");
     std::wstring folder = cut == std::wstring::npos ? L"" : stem.substr(0, cut + 1);
@@ -55,7 +55,7 @@ std::vector<std::wstring> daily_files(const std::wstring& stem)
         return files;
     do {
         std::wstring name = found.cFileName;
-        bool ours = start.empty() ? name.size() >= 12 && is_daily_tail(name, name.size() - 12)
+        bool ours = start.empty() && anyStem ? name.size() >= 12 && is_daily_tail(name, name.size() - 12)
                                   : is_daily_tail(name, start.size()) && _wcsnicmp(name.c_str(), start.c_str(), start.size()) == 0;
         if (ours && !(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
             files.push_back(folder + name);
@@ -116,10 +116,10 @@ void TraceFile::close()
 
 bool TraceFile::next(std::wstring& line, std::wstring& error)
 {
-    std::vector<wchar_t> units(kLineUnits);
-    ZORStatus status = ZORFileGetLine(&rec_, units.data(), kLineUnits);
+    line_.resize(kLineUnits);
+    ZORStatus status = ZORFileGetLine(&rec_, line_.data(), kLineUnits);
     if (status == ZOR_S_OK) {
-        line = units.data();
+        line = line_.data();
         return true;
     }
     if (status != ZOR_E_HANDLE_EOF)

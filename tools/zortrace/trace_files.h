@@ -11,10 +11,10 @@
 #include "zor_status.h"
 
 // The daily files of `stem` (a directory and the start of the names), in
-// date order: the stem, 8 digits and ".log", nothing else. With a stem
-// that ends in a separator, the daily files of every stem in that folder,
-// by stem and date.
-std::vector<std::wstring> daily_files(const std::wstring& stem);
+// date order: the stem, 8 digits and ".log", nothing else. With `anyStem`
+// and a stem that ends in a separator, the daily files of every stem in
+// that folder, by stem and date.
+std::vector<std::wstring> daily_files(const std::wstring& stem, bool anyStem = false);
 
 // The 8 digits of a daily file's name, or an empty text.
 std::wstring date_of(const std::wstring& file);
@@ -50,4 +50,5 @@ private:
     ZORFileRec rec_{};
     bool open_ = false;
     uint32_t start_ = 0; // behind the byte order mark
+    std::vector<wchar_t> line_;
 };
