@@ -20,4 +20,4 @@ for line in open(sys.argv[1]):
 print()
 print(f"{program}, median over the rounds")
 for measure, samples in values.items():
-    print(f"{measure:<32} {statistics.median(samples):>10.1f} {units[measure]}")
+    print(f"{measure:<32} {statistics.median(samples):>10.{2 if units[measure] == 'x' else 1}f} {units[measure]}")

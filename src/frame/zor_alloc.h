@@ -37,6 +37,9 @@ size_t block_bytes(const void* block);
 // The guard heap (static core only): every block ends at a no-access page,
 // the rest of its first page is a checked canary, and a freed block's pages
 // are decommitted, so that overruns, underruns and use after free fault.
+// Blocks over 256 KiB, and any beyond 20,000 live ones, come from the
+// runtime's heap, which keeps growing arrays and the process's mappings
+// within bounds.
 // Returns the heap for use_heap.
 const Heap& guard_heap();
 // Whether `address` lies in the guard heap's pages, live or freed.

@@ -22,6 +22,9 @@ constexpr unsigned char kCanary = 0xCB;
 // Each live block costs the process two mappings; past this many, blocks come
 // from the runtime's heap again, so that the mapping limit is never reached.
 constexpr long kMaxLiveBlocks = 20000;
+// Larger blocks come from the runtime's heap too: arrays that grow by small
+// steps would otherwise copy themselves into fresh pages at every step.
+constexpr size_t kMaxGuardedBytes = size_t(256) << 10;
 
 struct Record {
     size_t bytes;
@@ -62,7 +65,7 @@ void* allocate(size_t bytes)
     AcquireSRWLockExclusive(&g_lock);
     if (!g_base)
         g_base = static_cast<char*>(VirtualAlloc(nullptr, kReservation, MEM_RESERVE, PAGE_NOACCESS));
-    if (g_base && g_live < kMaxLiveBlocks && g_used + (pages + 1) * kPage <= kReservation &&
+    if (g_base && bytes <= kMaxGuardedBytes && g_live < kMaxLiveBlocks && g_used + (pages + 1) * kPage <= kReservation &&
         VirtualAlloc(g_base + g_used, pages * kPage, MEM_COMMIT, PAGE_READWRITE)) {
         page = g_base + g_used;
         g_used += (pages + 1) * kPage;

@@ -98,10 +98,68 @@ TEST_CASE("fuzz: DA writers with sources anywhere in the array's own block")
     });
 }
 
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+std::vector<const void*> g_seen;
+int32_t note(void* value)
+{
+    g_seen.push_back(value);
+    return 0;
+}
+int32_t note_until(void* stop, void* value)
+{
+    g_seen.push_back(value);
+    return g_seen.size() == *static_cast<size_t*>(stop) ? -1 : 0;  // any non-zero answer stops
+}
+
+// Both lists and the pool against their models: walks in every direction,
+// bounded so that a broken link ends them, counts, ends, stored bytes, and
+// both list visitors, the second stopped at the `stop`th value (0 never).
+void check_lists(const DLHeader* h, const std::vector<std::pair<DLElement*, Bytes>>& dl, const LLHeader* list,
+                 const std::vector<std::pair<void*, Bytes>>& ll, const std::vector<std::pair<void*, Bytes>>& mp,
+                 size_t stop)
+{
+    std::vector<const void*> forward, backward, walked, expected;
+    for (DLElement* e = DLGetFirstElement(h); e && forward.size() <= dl.size(); e = DLGetNextElement(e))
+        forward.push_back(e);
+    for (DLElement* e = DLGetLastElement(h); e && backward.size() <= dl.size(); e = DLGetPrevElement(e))
+        backward.insert(backward.begin(), e);
+    for (const auto& item : dl)
+        expected.push_back(item.first);
+    REQUIRE(forward == expected);
+    REQUIRE(backward == expected);
+    CHECK(h->nCount == int32_t(dl.size()));
+    for (const auto& item : dl)
+        CHECK(memcmp(DLGetElementValue(item.first), item.second.data(), item.second.size()) == 0);
+    for (void* v = LLFirst(list); v && walked.size() <= ll.size(); v = LLNext(v))
+        walked.push_back(v);
+    expected.clear();
+    for (const auto& item : ll)
+        expected.push_back(item.first);
+    REQUIRE(walked == expected);
+    CHECK(LLCount(list) == int32_t(ll.size()));
+    CHECK(LLLast(list) == (ll.empty() ? nullptr : ll.back().first));
+    for (const auto& item : ll)
+        CHECK(memcmp(item.first, item.second.data(), item.second.size()) == 0);
+    g_seen.clear();
+    CHECK(LLApply(list, note) == nullptr);
+    CHECK(g_seen == expected);
+    g_seen.clear();
+    const bool stops = stop != 0 && stop <= ll.size();
+    CHECK(LLApplyPar(list, note_until, &stop) == (stops ? expected[stop - 1] : nullptr));
+    CHECK(g_seen.size() == (stops ? stop : ll.size()));
+    for (const auto& item : mp)
+        CHECK(memcmp(item.first, item.second.data(), item.second.size()) == 0);
+}
+
+}
+
 TEST_CASE("fuzz: lists and pool against byte models, fed from fenced sources")
 {
     NoLeak leak;
-    fuzz_loop(400, [](FuzzRng& rng) {
+    fuzz_loop(200, [](FuzzRng& rng) {
         // Sizes from anywhere: only a positive one makes an object.
         const int32_t wild = rng.extreme();
         DLHeader* wild_dl = DLCreateHeader(wild);
@@ -116,14 +174,15 @@ TEST_CASE("fuzz: lists and pool against byte models, fed from fenced sources")
             MPDestroy(wild_mp);
         }
 
-        using Bytes = std::vector<unsigned char>;
         const int32_t size = rng.between(1, 24);
         DLHeader* h = DLCreateHeader(size);
         LLHeader* list = LLCreate(size);
         MPPool* pool = MPCreate(rng.between(1, 64));
         std::vector<std::pair<DLElement*, Bytes>> dl;
         std::vector<std::pair<void*, Bytes>> ll, mp;
-        for (int op = 0; op < 24; ++op) {
+        Fenced<unsigned char> nowhere{0};  // any read of it faults
+        check_lists(h, dl, list, ll, mp, 1);
+        for (int op = 0, ops = rng.between(1, 80); op < ops; ++op) {
             // The source ends at a no-access page: a copy of too many bytes faults.
             Fenced<unsigned char> source{size_t(size)};
             for (size_t i = 0; i < source.size(); ++i)
@@ -132,13 +191,22 @@ TEST_CASE("fuzz: lists and pool against byte models, fed from fenced sources")
             const uint32_t kind = rng.below(5);
             CAPTURE(kind);
             if (kind == 0) {
-                // A null reference means an end; before a reference or behind it.
+                // Before or behind a reference; a null one stands for an end,
+                // and an empty list ignores whatever it is given.
                 const int32_t before = int32_t(rng.below(2)), ref = rng.between(-1, int32_t(dl.size()) - 1);
                 const size_t at = ref < 0 ? (before ? 0 : dl.size()) : size_t(ref + !before);
+                DLElement* reference = ref >= 0 ? dl[size_t(ref)].first
+                                     : dl.empty() && rng.chance(50) ? reinterpret_cast<DLElement*>(nowhere.data())
+                                                                    : nullptr;
                 DLElement* e = DLCreateElement(h, source.data());
-                DLInsertElement(h, ref < 0 ? nullptr : dl[size_t(ref)].first, e, before);
+                DLElement* linked = rng.chance(50) ? DLInsertElement(h, reference, e, before)
+                                  : ref < 0 ? (before ? DLInsertFirstElement(h, e) : DLInsertLastElement(h, e))
+                                  : before  ? DLInsertPrevElement(h, reference, e)
+                                            : DLInsertNextElement(h, reference, e);
+                CHECK(linked == e);
                 dl.insert(dl.begin() + ptrdiff_t(at), {e, bytes});
             } else if (kind == 1) {
+                // Past the end: an element made and then not linked after all.
                 const size_t at = rng.below(uint32_t(dl.size()) + 1);
                 DLRemoveElement(h, at < dl.size() ? dl[at].first : DLCreateElement(h, source.data()));
                 if (at < dl.size())
@@ -148,8 +216,11 @@ TEST_CASE("fuzz: lists and pool against byte models, fed from fenced sources")
                 void* stored = front ? LLPushFront(list, source.data()) : LLPushBack(list, source.data());
                 ll.insert(front ? ll.begin() : ll.end(), {stored, bytes});
             } else if (kind == 3) {
+                // Past the end: the caller's own address, or one byte into a value.
                 const size_t at = rng.below(uint32_t(ll.size()) + 1);
-                const void* address = at < ll.size() ? ll[at].first : source.data();
+                const void* stray = ll.empty() || rng.chance(50) ? static_cast<const void*>(source.data())
+                                                                 : static_cast<const char*>(ll.back().first) + 1;
+                const void* address = at < ll.size() ? ll[at].first : stray;
                 CHECK(LLRemove(list, address) == (at < ll.size() ? address : nullptr));
                 if (at < ll.size())
                     ll.erase(ll.begin() + ptrdiff_t(at));
@@ -161,27 +232,7 @@ TEST_CASE("fuzz: lists and pool against byte models, fed from fenced sources")
                 if (stored)
                     mp.push_back({stored, Bytes(bytes.end() - n, bytes.end())});
             }
-            // Walks bounded by the models, so that a broken link ends them.
-            std::vector<const void*> forward, backward;
-            for (DLElement* e = h->pFirst; e && forward.size() <= dl.size(); e = e->pNext)
-                forward.push_back(e);
-            for (DLElement* e = h->pLast; e && backward.size() <= dl.size(); e = e->pPrev)
-                backward.insert(backward.begin(), e);
-            REQUIRE(forward.size() == dl.size());
-            REQUIRE(backward == forward);
-            for (size_t i = 0; i < dl.size(); ++i) {
-                CHECK(forward[i] == dl[i].first);
-                CHECK(memcmp(dl[i].first->pValue, dl[i].second.data(), size_t(size)) == 0);
-            }
-            size_t walked = 0;
-            for (void* v = LLFirst(list); v && walked < ll.size(); v = LLNext(v), ++walked) {
-                CHECK(v == ll[walked].first);
-                CHECK(memcmp(v, ll[walked].second.data(), size_t(size)) == 0);
-            }
-            CHECK(walked == ll.size());
-            CHECK(LLCount(list) == int32_t(ll.size()));
-            for (const auto& item : mp)
-                CHECK(memcmp(item.first, item.second.data(), item.second.size()) == 0);
+            check_lists(h, dl, list, ll, mp, rng.below(uint32_t(ll.size()) + 2));
         }
         DLRemoveHeader(h);
         LLDestroy(list);

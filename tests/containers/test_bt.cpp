@@ -144,5 +144,5 @@ TEST_CASE("the DLL exports the container families")
                            "DLInsertPrevElement", "DLRemoveElement", "DLRemoveHeader", "LLCreate",
                            "LLDestroy", "LLCount", "LLFirst", "LLLast", "LLNext", "LLPushFront",
                            "LLPushBack", "LLRemove", "LLApply", "LLApplyPar", "MPCreate", "MPAlloc",
-                           "MPDestroy"}) == "");
+                           "MPDestroy", "BTTrace", "DLListElements"}) == "");
 }

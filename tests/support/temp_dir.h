@@ -19,6 +19,9 @@ public:
         static long serial = 0;
         m_path = std::wstring(base) + L"zor" + std::to_wstring(GetCurrentProcessId()) + L"-" +
                  std::to_wstring(++serial);
+        // Wine hands out small process ids again soon: a run that was killed
+        // may have left this name behind.
+        remove_tree(m_path);
         REQUIRE(CreateDirectoryW(m_path.c_str(), nullptr));
         if (make_current) {
             wchar_t old[MAX_PATH] = {};
