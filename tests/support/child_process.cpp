@@ -34,7 +34,7 @@ struct Pipes {
         SetHandleInformation(errRead, HANDLE_FLAG_INHERIT, 0);
     }
     // Starts the program; the child's ends of the pipes are closed either way.
-    HANDLE start(const wchar_t* name, const std::vector<std::wstring>& args)
+    HANDLE start(const wchar_t* name, const std::vector<std::wstring>& args, DWORD flags, DWORD& id)
     {
         std::wstring program = program_path(name);
         std::wstring line = quoted(program);
@@ -47,7 +47,7 @@ struct Pipes {
         startup.hStdOutput = outWrite;
         startup.hStdError = errWrite;
         PROCESS_INFORMATION process{};
-        BOOL started = CreateProcessW(program.c_str(), &line[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+        BOOL started = CreateProcessW(program.c_str(), &line[0], nullptr, nullptr, TRUE, flags, nullptr, nullptr,
                                       &startup, &process);
         CloseHandle(inRead);
         CloseHandle(outWrite);
@@ -55,6 +55,7 @@ struct Pipes {
         if (!started)
             return nullptr;
         CloseHandle(process.hThread);
+        id = process.dwProcessId;
         return process.hProcess;
     }
 };
@@ -67,12 +68,13 @@ Outcome run_program(const wchar_t* name, const std::vector<std::wstring>& args, 
     return Outcome{child.finish(INFINITE), child.out(), child.err()};
 }
 
-Child::Child(const wchar_t* name, const std::vector<std::wstring>& args, const std::string& input)
+Child::Child(const wchar_t* name, const std::vector<std::wstring>& args, const std::string& input,
+             bool ownConsole)
 {
     InitializeCriticalSection(&lock_);
     changed_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     Pipes pipes;
-    process_ = pipes.start(name, args);
+    process_ = pipes.start(name, args, ownConsole ? CREATE_NEW_CONSOLE : 0, id_);
     DWORD written = 0;
     if (process_ && !input.empty())
         WriteFile(pipes.inWrite, input.data(), DWORD(input.size()), &written, nullptr);
@@ -126,6 +128,25 @@ bool Child::wait_for(const std::string& text, DWORD ms, bool error)
         if (now >= deadline || WaitForSingleObject(changed_, DWORD(deadline - now)) == WAIT_FAILED)
             return text_of(channels_[error ? 1 : 0]).find(text) != std::string::npos;
     }
+}
+
+int Child::interrupt(DWORD ms)
+{
+    // Only a process on the same console can send it Ctrl+C, and the event
+    // reaches every process there: this one ignores it until the program
+    // has ended, and goes back to the console it had.
+    HWND ownWindow = GetConsoleWindow();
+    FreeConsole();
+    if (process_ && AttachConsole(id_)) {
+        SetConsoleCtrlHandler(nullptr, TRUE);
+        GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
+        WaitForSingleObject(process_, ms);
+        FreeConsole();
+        SetConsoleCtrlHandler(nullptr, FALSE);
+    }
+    if (ownWindow)
+        AttachConsole(ATTACH_PARENT_PROCESS);
+    return finish(0);
 }
 
 int Child::finish(DWORD ms)

@@ -23,8 +23,10 @@ Outcome run_program(const wchar_t* name, const std::vector<std::wstring>& args, 
 class Child {
 public:
     // `input` is the program's standard input, closed behind it; it must fit
-    // the pipe's buffer of 64 KiB.
-    Child(const wchar_t* name, const std::vector<std::wstring>& args, const std::string& input = "");
+    // the pipe's buffer of 64 KiB. With `ownConsole` the program gets a
+    // console of its own, which interrupt() needs.
+    Child(const wchar_t* name, const std::vector<std::wstring>& args, const std::string& input = "",
+          bool ownConsole = false);
     ~Child();
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
@@ -36,6 +38,9 @@ public:
     // Waits at most `ms` for the program to end and gives its exit status;
     // a program that is still running is ended and gives -1.
     int finish(DWORD ms);
+    // Ctrl+C on the program's own console, as a user's key press; then as
+    // finish(ms).
+    int interrupt(DWORD ms);
     std::string out();
     std::string err();
 
@@ -50,6 +55,7 @@ private:
     std::string text_of(Channel& channel);
 
     HANDLE process_ = nullptr;
+    DWORD id_ = 0;
     HANDLE changed_;
     CRITICAL_SECTION lock_;
     Channel channels_[2];

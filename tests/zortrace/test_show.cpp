@@ -185,7 +185,8 @@ TEST_CASE("stats counts levels, hours and tagged facilities, finds the largest d
     TestTrace trace;
     trace.key.set_dword(L"TRACESIZE", 1);
     std::wstring file = trace.dir.file(L"app20261118.log");
-    write_file(file, std::string("cut line\r\n") + kTimes);
+    // A cut line long enough to take the file over its 1 KiB limit.
+    write_file(file, std::string(1100, 'x') + "\r\n" + kTimes);
     Outcome counted = zortrace({L"stats", trace.stem(), L"--key", trace.key.path()});
     CHECK(counted.status == 0);
     std::vector<std::string> lines = lines_of(counted.out);
@@ -196,7 +197,7 @@ TEST_CASE("stats counts levels, hours and tagged facilities, finds the largest d
     std::string size = "  " + utf8(file) + "  " + std::to_string(file_text(file).size()) + " bytes, ";
     REQUIRE(lines.size() > 1);
     CHECK(lines[1].rfind(size, 0) == 0);
-    CHECK(lines[1].find("% of the limit of 1024 bytes") != std::string::npos);
+    CHECK(lines[1].find("% of the limit of 1024 bytes: over it, the next line trims it") != std::string::npos);
     has("records     7, without a readable prefix 1");
     has("levels      ? 0 D 0 I 2 W 1 E 2 A 1");
     has("  2026-11-18 09:00  1");

@@ -69,8 +69,8 @@ void print_sizes(const std::vector<std::wstring>& files, long long limit)
         long long size = (long long)data.nFileSizeHigh << 32 | data.nFileSizeLow;
         std::wstring line = L"  " + file + L"  " + std::to_wstring(size) + L" bytes";
         if (limit) {
-            wchar_t share[64];
-            swprintf(share, 64, L", %.1f%% of the limit of %lld bytes%s", 100.0 * double(size) / double(limit), limit,
+            wchar_t share[96];
+            swprintf(share, 96, L", %.1f%% of the limit of %lld bytes%ls", 100.0 * double(size) / double(limit), limit,
                      size > limit ? L": over it, the next line trims it" : L"");
             line += share;
         }
