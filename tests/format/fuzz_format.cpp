@@ -71,7 +71,8 @@ TEST_CASE("fuzz: FM pictures of any letters over extreme values into fields that
         CAPTURE(picture);
         CAPTURE(value);
         const int32_t n = FMFormatDouble(format, in.data(), length, value, out.data(), &complete);
-        CHECK((n >= 0 && size_t(n) <= picture.size()));
+        CHECK(n >= 0);
+        CHECK(size_t(n) <= picture.size());
         CHECK((complete == 0 || complete == 1));
         // Forced digits and a point print the low digits of a whole number exactly.
         if (!format && value == floor(value) && fabs(value) < 1e15) {
@@ -105,7 +106,8 @@ TEST_CASE("fuzz: FMFormatStr fills fields of exactly their size from any text")
         CAPTURE(picture);
         const wchar_t* given = rng.chance(5) ? nullptr : text.data();
         const int32_t n = FMFormatStr(in.data(), length, given, out.data());
-        REQUIRE((n >= 0 && size_t(n) < room));
+        REQUIRE(n >= 0);
+        REQUIRE(size_t(n) < room);
         CHECK(out.data()[n] == 0);
         if (kind == L'/')
             CHECK(std::wstring(out.data(), size_t(n)) ==

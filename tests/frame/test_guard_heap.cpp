@@ -41,7 +41,9 @@ TEST_CASE("the guard heap ends every block at a no-access page and decommits it 
             CHECK(state_of(block + bytes - 1) == PAGE_READWRITE);
         unsigned char* moved = static_cast<unsigned char*>(zor_realloc(block, bytes + 3));
         REQUIRE(moved != nullptr);
-        CHECK((moved != block && state_of(block) == 0 && uintptr_t(moved + bytes + 3) % 4096 == 0));
+        CHECK(moved != block);
+        CHECK(state_of(block) == 0);
+        CHECK(uintptr_t(moved + bytes + 3) % 4096 == 0);
         zor_free(moved);
         CHECK(state_of(moved + bytes) == 0);
     }

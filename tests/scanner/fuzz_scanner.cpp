@@ -40,8 +40,11 @@ TEST_CASE("fuzz: Sym on random units in all four dialects with tiny and huge buf
                 REQUIRE(steps <= length + 2);
                 const int32_t token = rng.chance(50) ? SymGetNextSymAll(&sc) : SymGetNextSym(&sc);
                 REQUIRE(sc.column <= length);
-                REQUIRE((sc.alphaLen <= bufLen && sc.rawLen <= bufLen));
-                CHECK((sc.alpha[sc.alphaLen] == 0 && sc.raw[sc.rawLen] == 0 && token == sc.sym));
+                REQUIRE(sc.alphaLen <= bufLen);
+                REQUIRE(sc.rawLen <= bufLen);
+                CHECK(sc.alpha[sc.alphaLen] == 0);
+                CHECK(sc.raw[sc.rawLen] == 0);
+                CHECK(token == sc.sym);
                 CHECK(SymGetSymDescription(token) != nullptr);
                 // A string open at the end repeats its error until reset, or
                 // goes on into the next line.
