@@ -3,30 +3,19 @@
 #include <vector>
 
 #include "alloc_check.h"
+#include "walk.h"
 #include "zor_dl.h"
 #include "zor_ll.h"
 
 namespace {
 using Values = std::vector<int64_t>;
 
-// The values from the front, with the walk bounded so that a broken link
-// ends it, and the values walked from the back must be the same.
 Values dl_values(const DLHeader* h)
 {
-    Values forward, backward;
-    for (DLElement* e = DLGetFirstElement(h); e && forward.size() < 100; e = DLGetNextElement(e))
-        forward.push_back(*static_cast<int64_t*>(DLGetElementValue(e)));
-    for (DLElement* e = DLGetLastElement(h); e && backward.size() < 100; e = DLGetPrevElement(e))
-        backward.insert(backward.begin(), *static_cast<int64_t*>(DLGetElementValue(e)));
-    CHECK(backward == forward);
-    return forward;
-}
-
-Values ll_values(const LLHeader* list)
-{
     Values values;
-    for (void* v = LLFirst(list); v && values.size() < 100; v = LLNext(v))
-        values.push_back(*static_cast<int64_t*>(v));
+    for (DLElement* e : walk_both_ways(DLGetFirstElement(h), DLGetNextElement, DLGetLastElement(h),
+                                       DLGetPrevElement, 100))
+        values.push_back(*static_cast<int64_t*>(DLGetElementValue(e)));
     return values;
 }
 }
@@ -73,7 +62,10 @@ TEST_CASE("refused allocations leave the lists as they were")
               }
               if (h && list) {
                   CHECK(dl_values(h) == Values{1, 2, 3, 4});
-                  CHECK(ll_values(list) == Values{3, 1, 2, 4});
+                  Values values;
+                  for (void* v : walk(LLFirst(list), LLNext, 4))
+                      values.push_back(*static_cast<int64_t*>(v));
+                  CHECK(values == Values{3, 1, 2, 4});
                   CHECK(*static_cast<int64_t*>(LLLast(list)) == 4);
                   CHECK(LLCount(list) == 4);
               }
