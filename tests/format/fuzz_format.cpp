@@ -44,7 +44,7 @@ double read_double(const std::wstring& text)
         else if (unit == L'.' || unit == L',')
             fraction = true, decimals = 0;
         else if (unit >= L'0' && unit <= L'9' && !(fraction && decimals == 19))
-            value = value * 10 + double(unit) - 48, decimals += fraction;  // in this order, as the rules say
+            value = value * 10 + double(unit) - 48, decimals += fraction;  // the code first, then 48 off, as the reader sums
     }
     for (int i = 0; i < decimals; ++i)
         scale *= 10;
@@ -113,7 +113,7 @@ TEST_CASE("fuzz: FMFormatStr fills fields of exactly their size from any text")
     });
 }
 
-TEST_CASE("fuzz: the five FM readers on any text against the rules")
+TEST_CASE("fuzz: the five FM readers on any text against a reference")
 {
     fuzz_loop(5000, [](FuzzRng& rng) {
         const Fenced<wchar_t> text(rng.text(rng.chance(10) ? 200 : 30, L"0123456789+-.,e x\x0661\xA0"));

@@ -60,6 +60,12 @@ TEST_CASE("the empty text is shared, blocks fit exactly, appends take themselves
     std::wstring text(400000, L'q');
     Local big(text.c_str());
     CHECK(TSAdd(&big, &big)->data == text + text);
+    // Sources from the string's own block are taken as they stood, though the block moves.
+    Local own(L"abcdef");
+    CHECK(text_of(TSAddStrN(&own, TSGetStr(&own) + 1, 3)) == L"abcdefbcd");
+    CHECK(text_of(TSSetStrN(&own, TSGetStr(&own) + 6, 3)) == L"bcd");
+    CHECK(text_of(TSInvert(&own, TSGetStr(&own) + 1)) == L"dc");
+    CHECK(text_of(TSSetStr(&own, TSGetStr(&own))) == L"dc");
     Local z(L"a\0b", 3), one(L"a"), copy;
     CHECK((TSGetLen(&z) == 3 && TSGetChar(&z, 2) == L'b' && TSCmp(&z, &one) == 0));
     TSCopy(&copy, TSCopy(&copy, &z));
