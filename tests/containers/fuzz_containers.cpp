@@ -39,7 +39,7 @@ struct Model {
 TEST_CASE("fuzz: DA writers with sources anywhere in the array's own block")
 {
     NoLeak leak;
-    fuzz_loop(1500, [](FuzzRng& rng) {
+    fuzz_loop(3000, [](FuzzRng& rng) {
         const int32_t size = rng.between(1, 12), step = rng.between(1, 5);
         DA* da = DACreate(size, step);
         REQUIRE(da != nullptr);
