@@ -34,7 +34,7 @@ Bytes random_bytes(FuzzRng& rng, Fenced<unsigned char>& fenced)
 TEST_CASE("fuzz: DA writers with sources anywhere in the array's own block")
 {
     NoLeak leak;
-    fuzz_loop(1500, [](FuzzRng& rng) {
+    fuzz_loop(3000, [](FuzzRng& rng) {
         const int32_t size = rng.between(1, 12);
         DA* da = DACreate(size, rng.between(1, 5));
         REQUIRE(da != nullptr);

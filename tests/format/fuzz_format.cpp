@@ -55,7 +55,7 @@ double read_double(const std::wstring& text)
 
 TEST_CASE("fuzz: FM pictures of any letters over extreme values into fields that end at a no-access page")
 {
-    fuzz_loop(3000, [](FuzzRng& rng) {
+    fuzz_loop(10000, [](FuzzRng& rng) {
         const std::wstring picture = rng.text(rng.chance(10) ? 400 : 24, L"#$*<.,+-&/^ xA#$$");
         const double value = rng.chance(30) ? double(int32_t(rng.next())) : rng.number();
         static wchar_t mine[8];
@@ -92,7 +92,7 @@ TEST_CASE("fuzz: FM pictures of any letters over extreme values into fields that
 
 TEST_CASE("fuzz: FMFormatStr fills fields of exactly their size from any text")
 {
-    fuzz_loop(3000, [](FuzzRng& rng) {
+    fuzz_loop(10000, [](FuzzRng& rng) {
         const std::wstring picture =
             std::wstring(1, rng.pick({L'#', L'$', L'*', L'+', L',', L'-', L'.', L'&', L'/', L'^', L'x'})) +
             rng.text(20, L"#$*<.,+-/ ");
@@ -117,7 +117,7 @@ TEST_CASE("fuzz: FMFormatStr fills fields of exactly their size from any text")
 
 TEST_CASE("fuzz: the five FM readers on any text against a reference")
 {
-    fuzz_loop(5000, [](FuzzRng& rng) {
+    fuzz_loop(20000, [](FuzzRng& rng) {
         const Fenced<wchar_t> text(rng.text(rng.chance(10) ? 200 : 30, L"0123456789+-.,e x\x0661\xA0"));
         const std::wstring t = text.data();
         CAPTURE(t);

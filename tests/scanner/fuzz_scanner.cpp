@@ -61,7 +61,7 @@ TEST_CASE("fuzz: Sym on random units in all four dialects with tiny and huge buf
 
 TEST_CASE("fuzz: FSc cuts random masks into pieces that cover the line")
 {
-    fuzz_loop(3000, [](FuzzRng& rng) {
+    fuzz_loop(10000, [](FuzzRng& rng) {
         const std::wstring mask = rng.text(rng.chance(10) ? 1000 : 40, L"#$*,.+-&/^ \\x0n7a19Ab\t", true);
         const bool counted = rng.chance(50);
         const Fenced<wchar_t> line(mask);
