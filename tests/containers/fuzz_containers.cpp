@@ -61,11 +61,11 @@ TEST_CASE("fuzz: DA writers with sources anywhere in the array's own block")
                          : kind == 2 ? DAAddElem(da, source)
                                      : (DADeleteLast(da), nullptr);
             const int32_t at = kind == 2 ? count : index;
+            if (kind != 3)
+                CHECK((stored != nullptr) == (at >= 0 && at != INT32_MAX));
             if (kind == 3) {
                 count -= count > 0;
-            } else if (!stored) {
-                CHECK((at < 0 || at == INT32_MAX));
-            } else {
+            } else if (stored && at >= 0) {
                 CHECK(stored == da->data + int64_t(at) * size);
                 model.resize(size_t(da->capacity) * size_t(size), -1);
                 const auto place = model.begin() + int64_t(at) * size;
