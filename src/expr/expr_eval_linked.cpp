@@ -333,15 +333,14 @@ ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
     const uint32_t first = runAll ? 0 : start;
     if (first >= uint32_t(expr->code->count))
         return ZOR_S_OK;
-    const ExprLinkHome* home = expr_link_home(expr);
-    if (!runAll && !home->off) {
+    if (!runAll) {
+        const ExprLinkHome* home = expr_link_home(expr);
         const ExprLinkedProgram* program = home->recent;
         if (!program || home->recentStart != start ||
             program->code != reinterpret_cast<ExprInstr*>(expr->code->data) ||
             program->count != expr->code->count || program->arena != expr->dataArena)
             program = expr_linked(expr, start);
-        if (program && !program->ordinary &&
-            int64_t(expr->stackDepth) + program->maxDepth <= expr->stackSize)
+        if (program && int64_t(expr->stackDepth) + program->maxDepth <= expr->stackSize)
             return run_linked(expr, program, userArg);
     }
     return expr_run_ordinary(expr, start, first, userArg, false);

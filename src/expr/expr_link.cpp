@@ -304,8 +304,7 @@ ExprLinkedProgram* link(ExprContext* expr, uint32_t start)
     auto* program = static_cast<ExprLinkedProgram*>(zor_malloc(bytes));
     if (program) {
         program->start = start;
-        program->ordinary = !linkable;
-        program->maxDepth = walk.maxDepth;
+        program->maxDepth = linkable ? walk.maxDepth : INT32_MAX;
         program->generation = expr_link_home(expr)->generation;
         program->code = walk.code;
         program->count = int32_t(walk.count);
@@ -327,6 +326,8 @@ ExprLinkedProgram* link(ExprContext* expr, uint32_t start)
 ExprLinkedProgram* expr_linked(ExprContext* expr, uint32_t start)
 {
     ExprLinkHome* home = expr_link_home(expr);
+    if (home->off)
+        return nullptr;
     ExprLinkedProgram* program = nullptr;
     if (home->tableSize)
         program = *slot_of(home, start);

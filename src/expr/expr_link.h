@@ -104,8 +104,10 @@ constexpr uint32_t expr_pair_kind(ExprFastOp first, ExprFastOp second, ExprPairS
 
 struct ExprLinkedProgram {
     uint32_t         start;
-    bool             ordinary;  // the ordinary loop serves this start, see expr_link.cpp
-    int32_t          maxDepth;  // the deepest the stack gets above where the run found it
+    // The deepest the stack gets above where the run found it. A start that
+    // the ordinary loop must serve (see expr_link.cpp) gets a form without
+    // steps whose depth no stack has.
+    int32_t          maxDepth;
     uint32_t         generation;
     ExprInstr*       code;      // what it was linked against
     int32_t          count;
@@ -137,7 +139,7 @@ inline ExprLinkHome* expr_link_home(const ExprContext* expr)
 }
 
 // Finds or makes the linked form of `start`; null when it can't be made (a
-// failed allocation: the ordinary loop serves the run).
+// failed allocation: the ordinary loop serves the run) or linking is off.
 ExprLinkedProgram* expr_linked(ExprContext* expr, uint32_t start);
 
 // Forgets every linked form: the compiler, the cross-reference and anyone

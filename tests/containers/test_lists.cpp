@@ -3,30 +3,20 @@
 #include <vector>
 
 #include "alloc_check.h"
+#include "walk.h"
 #include "zor_dl.h"
 #include "zor_ll.h"
+#include "zor_mp.h"
 
 namespace {
 using Values = std::vector<int64_t>;
 
-// The values from the front, with the walk bounded so that a broken link
-// ends it, and the values walked from the back must be the same.
 Values dl_values(const DLHeader* h)
 {
-    Values forward, backward;
-    for (DLElement* e = DLGetFirstElement(h); e && forward.size() < 100; e = DLGetNextElement(e))
-        forward.push_back(*static_cast<int64_t*>(DLGetElementValue(e)));
-    for (DLElement* e = DLGetLastElement(h); e && backward.size() < 100; e = DLGetPrevElement(e))
-        backward.insert(backward.begin(), *static_cast<int64_t*>(DLGetElementValue(e)));
-    CHECK(backward == forward);
-    return forward;
-}
-
-Values ll_values(const LLHeader* list)
-{
     Values values;
-    for (void* v = LLFirst(list); v && values.size() < 100; v = LLNext(v))
-        values.push_back(*static_cast<int64_t*>(v));
+    for (DLElement* e : walk_both_ways(DLGetFirstElement(h), DLGetNextElement, DLGetLastElement(h),
+                                       DLGetPrevElement, 100))
+        values.push_back(*static_cast<int64_t*>(DLGetElementValue(e)));
     return values;
 }
 }
@@ -57,29 +47,40 @@ TEST_CASE("a double list with an end missing counts as empty, and unlinked eleme
     DLRemoveHeader(other);
 }
 
-TEST_CASE("refused allocations leave the lists as they were")
+TEST_CASE("refused allocations leave the lists and the pool as they were, and usable")
 {
     NoLeak leak;
     // A second try after each refusal must work on what the first one left.
+    // One pool block an item: the array of blocks grows at the eleventh, so
+    // that its refusal comes after that block was taken.
     CHECK(fail_each_allocation([]() {
               DLHeader* h = DLCreateHeader(8);
               LLHeader* list = LLCreate(8);
-              for (int64_t i = 1; h && list && i <= 4; ++i) {
+              MPPool* pool = MPCreate(8);
+              for (int64_t i = 1; h && list && pool && i <= 11; ++i) {
                   DLElement* e = DLCreateElement(h, &i);
                   DLInsertLastElement(h, e ? e : DLCreateElement(h, &i));
                   auto push = i % 2 ? LLPushFront : LLPushBack;
                   if (!push(list, &i))
                       push(list, &i);
+                  void* item = MPAlloc(pool, &i, 8);
+                  CHECK(*static_cast<int64_t*>(item ? item : MPAlloc(pool, &i, 8)) == i);
+                  CHECK(DAGetSize(pool->pBlocks) == i);
               }
-              if (h && list) {
-                  CHECK(dl_values(h) == Values{1, 2, 3, 4});
-                  CHECK(ll_values(list) == Values{3, 1, 2, 4});
-                  CHECK(*static_cast<int64_t*>(LLLast(list)) == 4);
-                  CHECK(LLCount(list) == 4);
+              if (h && list && pool) {
+                  CHECK(dl_values(h) == Values{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
+                  Values values;
+                  for (void* v : walk(LLFirst(list), LLNext, 11))
+                      values.push_back(*static_cast<int64_t*>(v));
+                  CHECK(values == Values{11, 9, 7, 5, 3, 1, 2, 4, 6, 8, 10});
+                  CHECK(*static_cast<int64_t*>(LLLast(list)) == 10);
+                  CHECK(LLCount(list) == 11);
               }
               if (h)
                   DLRemoveHeader(h);
               if (list)
                   LLDestroy(list);
-          }) == 2 + 4 * 3);
+              if (pool)
+                  MPDestroy(pool);
+          }) == 5 + 11 * 4 + 1);
 }
