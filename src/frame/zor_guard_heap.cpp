@@ -18,6 +18,9 @@ namespace {
 
 constexpr size_t        kPage = 4096;
 constexpr size_t        kReservation = size_t(64) << 30;  // address space only
+// Freed pages are never handed out again; a long run takes further
+// reservations, up to 1 TiB in all.
+constexpr int           kMaxReservations = 16;
 constexpr unsigned char kCanary = 0xCB;
 // Each live block costs the process two mappings; past this many, blocks come
 // from the runtime's heap again, so that the mapping limit is never reached.
@@ -32,8 +35,9 @@ struct Record {
 };
 
 SRWLOCK g_lock = SRWLOCK_INIT;
-char*   g_base;
-size_t  g_used;
+char*        g_reservations[kMaxReservations];
+volatile int g_reserved;  // reservations made; only the last one is carved
+size_t       g_used;      // bytes carved from the last one
 long    g_live;
 
 // The record lies right in front of the block, unaligned where the block is.
@@ -63,13 +67,22 @@ void* allocate(size_t bytes)
     const size_t pages = (sizeof(Record) + 16 + bytes + kPage - 1) / kPage;
     char* page = nullptr;
     AcquireSRWLockExclusive(&g_lock);
-    if (!g_base)
-        g_base = static_cast<char*>(VirtualAlloc(nullptr, kReservation, MEM_RESERVE, PAGE_NOACCESS));
-    if (g_base && bytes <= kMaxGuardedBytes && g_live < kMaxLiveBlocks && g_used + (pages + 1) * kPage <= kReservation &&
-        VirtualAlloc(g_base + g_used, pages * kPage, MEM_COMMIT, PAGE_READWRITE)) {
-        page = g_base + g_used;
-        g_used += (pages + 1) * kPage;
-        ++g_live;
+    const size_t need = (pages + 1) * kPage;
+    if (bytes <= kMaxGuardedBytes && g_live < kMaxLiveBlocks) {
+        if ((!g_reserved || g_used + need > kReservation) && g_reserved < kMaxReservations) {
+            if (char* more = static_cast<char*>(VirtualAlloc(nullptr, kReservation, MEM_RESERVE, PAGE_NOACCESS))) {
+                g_reservations[g_reserved] = more;
+                g_reserved = g_reserved + 1;
+                g_used = 0;
+            }
+        }
+        char* base = g_reserved ? g_reservations[g_reserved - 1] : nullptr;
+        if (base && g_used + need <= kReservation &&
+            VirtualAlloc(base + g_used, pages * kPage, MEM_COMMIT, PAGE_READWRITE)) {
+            page = base + g_used;
+            g_used += need;
+            ++g_live;
+        }
     }
     ReleaseSRWLockExclusive(&g_lock);
     if (!page)
@@ -124,6 +137,9 @@ const Heap& guard_heap() { return kGuardHeap; }
 bool guard_heap_owns(const void* address)
 {
     const char* p = static_cast<const char*>(address);
-    return g_base && p >= g_base && p < g_base + kReservation;
+    for (int i = 0; i < g_reserved; ++i)
+        if (p >= g_reservations[i] && p < g_reservations[i] + kReservation)
+            return true;
+    return false;
 }
 }

@@ -9,6 +9,7 @@
 
 #include <windows.h>
 
+#include "fenced.h"
 #include "private_key.h"
 #include "temp_dir.h"
 #include "zor_bt.h"
@@ -116,17 +117,15 @@ TEST_CASE("the dumps reach the trace once it is started, at level 5, the tree's 
 
     // A value of two bytes that ends where readable memory ends: the dump
     // must not read on, and shows the two bytes with zero high bytes.
-    char* pages = static_cast<char*>(VirtualAlloc(nullptr, 2 * 4096, MEM_RESERVE, PAGE_NOACCESS));
-    REQUIRE(VirtualAlloc(pages, 4096, MEM_COMMIT, PAGE_READWRITE));
+    Fenced<char> fenced{2};
     DLHeader* shorts = DLCreateHeader(2);
     DLElement* element = DLInsertFirstElement(shorts, DLCreateElement(shorts, "\xFE\xFF"));
     void* own = element->pValue;
-    element->pValue = memcpy(pages + 4096 - 2, own, 2);
+    element->pValue = memcpy(fenced.data(), own, 2);
     DLListElements(shorts);
     element->pValue = own;
     CHECK(fresh_lines(read) == Lines{"Element:1 - 65534", ""});
 
-    VirtualFree(pages, 0, MEM_RELEASE);
     DLRemoveHeader(shorts);
     DLRemoveHeader(no_list);
     DLRemoveHeader(list);

@@ -83,7 +83,7 @@ TDDate any_fields(FuzzRng& rng)
 
 TEST_CASE("fuzz: TDAdd and TDSubst against a day count, and on any fields at all")
 {
-    fuzz_loop(20000, [](FuzzRng& rng) {
+    fuzz_loop(50000, [](FuzzRng& rng) {
         TDDate at = {uint16_t(rng.between(300, 9000)), uint16_t(rng.between(1, 12)), 0, 1,
                      uint16_t(rng.below(24)), uint16_t(rng.below(60)), uint16_t(rng.below(60)), uint16_t(rng.below(1000))};
         at.day = uint16_t(rng.between(1, days_in(at.year, at.month)));
@@ -107,7 +107,7 @@ TEST_CASE("fuzz: TDAdd and TDSubst against a day count, and on any fields at all
 
 TEST_CASE("fuzz: TD text both ways with random pictures, texts and buffers down to nothing")
 {
-    fuzz_loop(2000, [](FuzzRng& rng) {
+    fuzz_loop(6000, [](FuzzRng& rng) {
         const Fenced<wchar_t> picture(rng.text(16, L"dMyHhmstg '/.:-,x"));
         const Fenced<wchar_t> text(rng.text(30, L"0123456789 /.:-,APMampJanFebMonday\x0661\x0662"));
         TDDate date = any_fields(rng), kept = date;

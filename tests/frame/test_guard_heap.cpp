@@ -5,6 +5,7 @@
 
 #include <initializer_list>
 #include <string>
+#include <utility>
 
 #include <windows.h>
 
@@ -41,7 +42,9 @@ TEST_CASE("the guard heap ends every block at a no-access page and decommits it 
             CHECK(state_of(block + bytes - 1) == PAGE_READWRITE);
         unsigned char* moved = static_cast<unsigned char*>(zor_realloc(block, bytes + 3));
         REQUIRE(moved != nullptr);
-        CHECK((moved != block && state_of(block) == 0 && uintptr_t(moved + bytes + 3) % 4096 == 0));
+        CHECK(moved != block);
+        CHECK(state_of(block) == 0);
+        CHECK(uintptr_t(moved + bytes + 3) % 4096 == 0);
         zor_free(moved);
         CHECK(state_of(moved + bytes) == 0);
     }
@@ -56,9 +59,9 @@ TEST_CASE("the guard heap ends every block at a no-access page and decommits it 
     TSFree(text);
 }
 
-// Faults of the library on guarded blocks, run only in a child process each:
-// a read past a block's last unit, a read after the block was freed, a write
-// one unit past the end.
+// Faults on guarded blocks, run only in a child process each: a read past a
+// block's last unit, a read after the block was freed, a write one unit past
+// the end, and a write in front that only the canary check at release sees.
 TEST_CASE("guard fault: a search past a text that lost its terminator" * doctest::skip())
 {
     TSString* text = TSClone(L"abc");
@@ -78,6 +81,13 @@ TEST_CASE("guard fault: one unit written past a block" * doctest::skip())
 {
     TSString* text = TSClone(L"abc");
     TSSetLen(text, 2)->data[3] = L'x';
+}
+
+TEST_CASE("guard fault: a write in front of a block" * doctest::skip())
+{
+    unsigned char* block = static_cast<unsigned char*>(zor_malloc(8));
+    block[-40] = 0;  // in front of the block's record, on the canary
+    zor_free(block);
 }
 
 namespace {
@@ -116,15 +126,20 @@ std::string run_case(const char* name, DWORD* exitCode)
 
 }
 
-TEST_CASE("a fault on a guarded block is reported with the test case's name")
+TEST_CASE("a fault on a guarded block or its canary is reported with the test case's name")
 {
-    for (const char* name : {"guard fault: a search past a text that lost its terminator",
-                             "guard fault: a copy from a freed text", "guard fault: one unit written past a block"}) {
+    const char* const past = "FATAL: access past a guarded block or after its release";
+    const std::pair<const char*, const char*> cases[] = {
+        {"guard fault: a search past a text that lost its terminator", past},
+        {"guard fault: a copy from a freed text", past},
+        {"guard fault: one unit written past a block", past},
+        {"guard fault: a write in front of a block", "FATAL: damaged canary in front of a guarded block"}};
+    for (const auto& [name, report] : cases) {
         DWORD exitCode = 0;
         const std::string output = run_case(name, &exitCode);
         CAPTURE(output);
         CHECK(exitCode == 3);
-        CHECK(output.find("FATAL: access past a guarded block or after its release") != std::string::npos);
+        CHECK(output.find(report) != std::string::npos);
         CHECK(output.find(std::string("in test case \"") + name + "\"") != std::string::npos);
     }
 }

@@ -40,8 +40,11 @@ TEST_CASE("fuzz: Sym on random units in all four dialects with tiny and huge buf
                 REQUIRE(steps <= length + 2);
                 const int32_t token = rng.chance(50) ? SymGetNextSymAll(&sc) : SymGetNextSym(&sc);
                 REQUIRE(sc.column <= length);
-                REQUIRE((sc.alphaLen <= bufLen && sc.rawLen <= bufLen));
-                CHECK((sc.alpha[sc.alphaLen] == 0 && sc.raw[sc.rawLen] == 0 && token == sc.sym));
+                REQUIRE(sc.alphaLen <= bufLen);
+                REQUIRE(sc.rawLen <= bufLen);
+                CHECK(sc.alpha[sc.alphaLen] == 0);
+                CHECK(sc.raw[sc.rawLen] == 0);
+                CHECK(token == sc.sym);
                 CHECK(SymGetSymDescription(token) != nullptr);
                 // A string open at the end repeats its error until reset, or
                 // goes on into the next line.
@@ -58,7 +61,7 @@ TEST_CASE("fuzz: Sym on random units in all four dialects with tiny and huge buf
 
 TEST_CASE("fuzz: FSc cuts random masks into pieces that cover the line")
 {
-    fuzz_loop(3000, [](FuzzRng& rng) {
+    fuzz_loop(10000, [](FuzzRng& rng) {
         const std::wstring mask = rng.text(rng.chance(10) ? 1000 : 40, L"#$*,.+-&/^ \\x0n7a19Ab\t", true);
         const bool counted = rng.chance(50);
         const Fenced<wchar_t> line(mask);
