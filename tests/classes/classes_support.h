@@ -8,7 +8,7 @@
 #include <string>
 
 #include "classes/encodings.h"
-#include "locale_scope.h"
+#include "narrow_code_page.h"
 
 // A class's text with its counted length, embedded zeros included.
 template <class S>

@@ -1,6 +1,6 @@
 #include "file_fixture.h"
 
-#include "locale_scope.h"
+#include "narrow_code_page.h"
 
 TEST_CASE("blocks are written at the position, which stays, or appended behind the end")
 {

@@ -10,8 +10,6 @@
 
 #include <windows.h>
 
-#include "classes/encodings.h"
-
 // A locale item as the user's locale gives it.
 inline std::wstring locale_text(LCTYPE item)
 {
@@ -41,12 +39,4 @@ struct RuntimeLocale {
     ~RuntimeLocale() { _wsetlocale(LC_ALL, old.c_str()); }
     RuntimeLocale(const RuntimeLocale&) = delete;
     std::wstring old;
-};
-
-// The library's narrow code page.
-struct NarrowCodePage {
-    explicit NarrowCodePage(uint32_t page) : old(zorlib::narrowCodePage) { zorlib::narrowCodePage = page; }
-    ~NarrowCodePage() { zorlib::narrowCodePage = old; }
-    NarrowCodePage(const NarrowCodePage&) = delete;
-    uint32_t old;
 };
