@@ -20,6 +20,7 @@ set -euo pipefail
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 BUILD_DIR="${BUILD_DIR:-$ROOT/build}"
 PREFIX="${PREFIX:-$ROOT/dist}"
+BUILD_TYPE="${BUILD_TYPE:-Release}"
 export WINEPREFIX="${WINEPREFIX:-$HOME/.cache/zorbase-wine}"
 export WINEDEBUG="${WINEDEBUG:--all}"
 export WINEDLLOVERRIDES="${WINEDLLOVERRIDES:-mscoree,mshtml=}"
@@ -57,7 +58,7 @@ configure() {
     if [ ! -f "$BUILD_DIR/build.ninja" ]; then
         cmake -S "$ROOT" -B "$BUILD_DIR" -G Ninja \
               -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/mingw-ucrt-toolchain.cmake" \
-              -DCMAKE_BUILD_TYPE=Release >/dev/null
+              -DCMAKE_BUILD_TYPE="$BUILD_TYPE" >/dev/null
     fi
 }
 

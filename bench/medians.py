@@ -1,4 +1,4 @@
-"""Medians of the trace benchmark's raw lines over the rounds.
+"""Medians of a benchmark's raw lines over the rounds (trace, file).
 
 Each raw line: program, measure, value, unit.
 """
@@ -8,14 +8,16 @@ from collections import defaultdict
 
 values = defaultdict(list)
 units = {}
+program = "?"
 for line in open(sys.argv[1]):
     fields = line.rstrip("\n").split("\t")
     if len(fields) != 4:
         continue
+    program = fields[0]
     values[fields[1]].append(float(fields[2]))
     units[fields[1]] = fields[3]
 
 print()
-print("trace, median over the rounds")
+print(f"{program}, median over the rounds")
 for measure, samples in values.items():
-    print(f"{measure:<24} {statistics.median(samples):>10.1f} {units[measure]}")
+    print(f"{measure:<32} {statistics.median(samples):>10.{2 if units[measure] == 'x' else 1}f} {units[measure]}")

@@ -95,7 +95,8 @@ int main()
 {
     wchar_t dir[MAX_PATH];
     GetTempPathW(MAX_PATH, dir);
-    std::wstring work = std::wstring(dir) + L"zortrace-bench" + std::to_wstring(GetCurrentProcessId());
+    std::wstring work =
+        std::wstring(dir) + L"zortrace-bench" + std::to_wstring(GetCurrentProcessId());
     CreateDirectoryW(work.c_str(), nullptr);
     SetCurrentDirectoryW(work.c_str());
 

@@ -68,4 +68,11 @@ ZOR_API void*    BTPrev(const void* elem);
    must not insert into or delete from this tree. */
 ZOR_API void     BTForEach(BT* tree, BTVisitFn fn, void* arg);
 
+/* Writes the tree's shape to the library's trace object at level 5,
+   facility 18: a line with the root and the count, then one line a node in
+   pre-order with its depth, its side ("ROOT", "Left", "Rght"), an indent of
+   two blanks a level, the low 32 bits of the node and its links, and its
+   balance as "<", "-" or ">". Silent until the trace object is started. */
+ZOR_API void     BTTrace(const BT* tree);
+
 #endif

@@ -61,4 +61,12 @@ ZOR_API DLElement* DLInsertPrevElement(DLHeader* header, DLElement* reference, D
    gets rid of an element it decided not to link. */
 ZOR_API void       DLRemoveElement(DLHeader* header, DLElement* element);
 
+/* Writes one line a element to the library's trace object at level 5,
+   numbered from 1, with the first 32 bits of its value as a signed number;
+   a value shorter than 4 bytes is read only as far as it goes, the missing
+   high bytes counting as 0. Each line ends in a line break of its own, so
+   that a trace file shows an empty line behind it. Silent until the trace
+   object is started. */
+ZOR_API void       DLListElements(const DLHeader* header);
+
 #endif

@@ -248,7 +248,8 @@ ZOR_API ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userA
 /* Pop the top entry and give its value in place; the pointer is valid until
    a run passes that instruction again. ExprPopArgument also gives the
    instruction's type field (for a converted argument the type before
-   conversion). Popping an empty stack is the caller's fault. */
+   conversion). Popping an empty stack gives null (and EXT_Void as the type)
+   and changes nothing. */
 ZOR_API void* ExprPopResult(ExprContext* expr);
 ZOR_API void* ExprPopArgument(ExprContext* expr, uint32_t* type);
 

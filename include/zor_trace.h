@@ -113,4 +113,31 @@ ZOR_API void TraceHex(TraceObject* obj, int32_t level, const wchar_t* title, con
 ZOR_API void TraceHexF(TraceObject* obj, int32_t level, uint32_t facility, const wchar_t* title,
                        const void* data, int32_t count);
 
+/* Starts an object from the key HKEY_LOCAL_MACHINE\<regPath>, read once:
+   "TRACESIZE" (default 10000), "TRACEDAYS", "TRACELEVEL", the flags
+   "TRACEDEBUG", "TRACEFILE", "TRACEEVENTLOG", "TRACEMAILSLOT", the texts
+   "DISABLED_FACILITIES" (numbers divided by anything but digits),
+   "EVENTSOURCE" (default "ZOR-STDTrace"), "TRACEPATH", "MAILSLOT" (the
+   slot becomes \\*\mailslot\<name>) and "DEFAULT_TRACEFILE", the stem used
+   when `fileName` is null or empty. A missing key leaves every sink off; a
+   missing value, or a text too long for its area, takes its default. Then
+   the file check runs, the event source is entered, and two banner lines
+   go out at level 5 without level test, the second listing the disabled
+   facilities ("0, 255"). TraceObj starts once: a second call returns at
+   once. Any other object starts over on each call; the process's mailslot
+   handle is closed and opened again by the next mailslot line.
+
+   With `perProcess` the process id joins the stem: "app" becomes
+   "app.1234.", giving app.1234.20261118.log, and pruning takes this
+   process's files only. The files of ended processes are left to a process
+   that runs without `perProcess` on the same stem, whose pruning counts
+   them as old, since "." sorts below the digits.
+
+   Names that don't fit are refused, never shortened: a stem (path and file
+   name) beyond 242 units, or a "TRACEPATH" of 99 units that has no room
+   for its separator, leaves the file sink off; a "MAILSLOT" beyond 86 units
+   leaves the mailslot sink off. */
+ZOR_API void TraceInit(TraceObject* obj, const wchar_t* regPath, const wchar_t* fileName,
+                       int32_t perProcess);
+
 #endif

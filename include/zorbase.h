@@ -17,6 +17,7 @@
 #include "zor_fsc.h"
 #include "zor_sym.h"
 #include "zor_expr.h"
+#include "zor_file.h"
 #include "zor_reg.h"
 #include "zor_trace.h"
 

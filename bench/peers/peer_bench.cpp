@@ -1,68 +1,18 @@
-// Native benchmark of the peer formula libraries and of the hand-written
-// floor on the shared suite. Prints one line per library and formula:
-//   library <TAB> formula <TAB> ns per evaluation <TAB> us per compile
-#include <chrono>
-#include <cstdio>
+// Native benchmark of muParser, muParserX and the hand-written floor on the
+// shared suite, one line per library and formula (peer_common.h).
 #include <cstring>
-#include <functional>
 #include <string>
 
 #include <muParser.h>
 #include <muparserx/mpParser.h>
 
-#include "../suite.h"
+#include "peer_common.h"
 
 namespace {
-using Clock = std::chrono::steady_clock;
-
-constexpr long kEvaluations = 2000000;
-constexpr int kCompiles = 2000;
-
-double seconds_since(Clock::time_point start)
-{
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-volatile double g_sink;
-
-void report(const char* library, const char* formula, double nsPerEval, double usPerCompile)
-{
-    std::printf("%s\t%s\t%.3f\t%.3f\n", library, formula, nsPerEval, usPerCompile);
-}
-
-// Set-up plus compile, less set-up alone, per compile.
-double microseconds_per_compile(const std::function<void(bool)>& build, int compiles)
-{
-    double with = 0, without = 0;
-    for (int n = 0; n < compiles; ++n) {
-        auto t0 = Clock::now();
-        build(true);
-        auto t1 = Clock::now();
-        build(false);
-        with += std::chrono::duration<double>(t1 - t0).count();
-        without += seconds_since(t1);
-    }
-    return (with - without) * 1e6 / compiles;
-}
-
-// Every library sees the same values, varied per evaluation; the sum keeps
-// the evaluations from being optimised away.
-template <typename Evaluate> double ns_per_evaluation(long evaluations, Evaluate evaluate)
-{
-    BenchVars v{};
-    double sum = 0;
-    auto start = Clock::now();
-    for (long k = 0; k < evaluations; ++k) {
-        bench_vary(v, k);
-        sum += evaluate(v);
-    }
-    g_sink = sum;
-    return seconds_since(start) * 1e9 / evaluations;
-}
 
 void bench_floor(const BenchFormula& f)
 {
-    report("floor", f.name, ns_per_evaluation(kEvaluations, f.floor), 0);
+    report("floor", f.name, peer_time(kEvaluations, f.floor), 0);
 }
 
 // muParser binds doubles by address.
@@ -89,18 +39,18 @@ void bench_muparser(const BenchFormula& f)
         define_mu(p, m);
         if (compile) {
             p.SetExpr(f.peer);
-            g_sink = p.Eval();
+            g_benchSink = p.Eval();
         }
     }, kCompiles);
 
     mu::Parser p;
     define_mu(p, m);
     p.SetExpr(f.peer);
-    double ns = ns_per_evaluation(kEvaluations, [&](const BenchVars& v) {
+    const BenchTiming timing = peer_time(kEvaluations, [&](const BenchVars& v) {
         m.load(v);
         return p.Eval();
     });
-    report("muparser", f.name, ns, usPerCompile);
+    report("muparser", f.name, timing, usPerCompile);
 }
 
 // muParserX binds its own value objects, and a function is an object of a
@@ -150,18 +100,18 @@ void bench_muparserx(const BenchFormula& f)
         define_mux(p, m);
         if (compile) {
             p.SetExpr(f.peer);
-            g_sink = p.Eval().GetFloat();
+            g_benchSink = p.Eval().GetFloat();
         }
     }, kCompiles / 10);
 
     mup::ParserX p(mup::pckCOMMON | mup::pckNON_COMPLEX);
     define_mux(p, m);
     p.SetExpr(f.peer);
-    double ns = ns_per_evaluation(kEvaluations / 10, [&](const BenchVars& v) {
+    const BenchTiming timing = peer_time(kEvaluations / 10, [&](const BenchVars& v) {
         m.load(v);
         return p.Eval().GetFloat();
     });
-    report("muparserx", f.name, ns, usPerCompile);
+    report("muparserx", f.name, timing, usPerCompile);
 }
 }
 

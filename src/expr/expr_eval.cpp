@@ -1,6 +1,8 @@
-// The run loop: one pass from a start index to its EOP_END over a stack of
-// instruction indexes. Each instruction fills its own slot and pushes its
-// index; operators find their operands through the indexes they pop.
+// The ordinary run loop: one pass from a start index to its EOP_END over a
+// stack of instruction indexes. Each instruction fills its own slot and
+// pushes its index; operators find their operands through the indexes they
+// pop. It serves what the linked run doesn't (expr_eval_linked.cpp) and
+// takes over from it when a user function changed what it was derived from.
 #include <windows.h>
 
 #include "zor_expr.h"
@@ -205,38 +207,20 @@ ZORStatus expr_run_ordinary(ExprContext* expr, uint32_t start, uint32_t ip, intp
     return status;
 }
 
-// The linked form serves every run it can; a run of the whole array, a start
-// inside an expression and a stack that must grow are the ordinary loop's.
-ZORStatus ExprEvaluate(ExprContext* expr, uint32_t start, intptr_t userArg)
-{
-    expr->evalErr = 0;
-    if (start == EXPR_EMPTY)
-        return ZOR_S_OK;
-    const bool runAll = start == EXPR_RUN_ALL;
-    const uint32_t first = runAll ? 0 : start;
-    if (first >= uint32_t(expr->code->count))
-        return ZOR_S_OK;
-    const ExprLinkHome* home = expr_link_home(expr);
-    if (!runAll && !home->off) {
-        const ExprLinkedProgram* program = home->recent;
-        if (!program || home->recentStart != start ||
-            program->code != instructions(expr) || program->count != expr->code->count ||
-            program->arena != expr->dataArena)
-            program = expr_linked(expr, start);
-        if (program && !program->ordinary &&
-            int64_t(expr->stackDepth) + program->maxDepth <= expr->stackSize)
-            return expr_run_linked(expr, program, userArg);
-    }
-    return expr_run_ordinary(expr, start, first, userArg, false);
-}
-
 void* ExprPopResult(ExprContext* expr)
 {
-    return instructions(expr)[expr->stack[--expr->stackDepth]].operand.value;
+    uint32_t type;
+    return ExprPopArgument(expr, &type);
 }
 
 void* ExprPopArgument(ExprContext* expr, uint32_t* type)
 {
+    // A user function that pops more than it was given must not read below
+    // the stack.
+    if (expr->stackDepth < 1) {
+        *type = EXT_Void;
+        return nullptr;
+    }
     const ExprOperand& operand = instructions(expr)[expr->stack[--expr->stackDepth]].operand;
     *type = operand.type;
     return operand.value;

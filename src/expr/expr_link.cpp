@@ -8,6 +8,8 @@
 
 #include <string.h>
 
+#include <array>
+
 #include "../frame/zor_alloc.h"
 #include "expr_op_facts.h"
 
@@ -121,6 +123,8 @@ FastFacts fast_facts(const ExprInstr& self, const ExprInstr& x)
             return {ExprFastOp(uint32_t(ExprFastOp::AddL) + k), Held::Long, Held::Long};
     } else if (op >= EOP_EQU && op <= EOP_GEQ && onDouble) {
         return {ExprFastOp(uint32_t(ExprFastOp::EquD) + op - EOP_EQU), Held::Double, Held::Long};
+    } else if (op >= EOP_EQU && op <= EOP_GEQ && onLong) {
+        return {ExprFastOp(uint32_t(ExprFastOp::EquL) + op - EOP_EQU), Held::Long, Held::Long};
     } else if ((op == EOP_LAND || op == EOP_LOR) && onLong) {
         return {op == EOP_LAND ? ExprFastOp::LandL : ExprFastOp::LorL, Held::Long, Held::Long};
     } else if (op == EOP_TO_DOUBLE && self.operand.type == EXT_Long) {
@@ -137,12 +141,49 @@ bool re_aimed(const ExprInstr& instr)
     return kind == ExprOpClass::Assign || kind == ExprOpClass::Index;
 }
 
+constexpr size_t kFastOps = size_t(ExprFastOp::None);
+
+constexpr auto kPairable = [] {
+    std::array<std::array<bool, kFastOps>, kFastOps> pairable = {};
+#define ZOR_MARK_PAIR(first, second) pairable[size_t(ExprFastOp::first)][size_t(ExprFastOp::second)] = true;
+    ZOR_EXPR_PAIRS(ZOR_MARK_PAIR)
+#undef ZOR_MARK_PAIR
+    return pairable;
+}();
+
+// The shape of a second step's sources, or kPairShapes for none.
+ExprPairShape pair_shape(ExprFastSource x, ExprFastSource y)
+{
+    if (y == kFromLast)
+        return x == kFromBefore ? kPairBeforeLast : x == kFromSlot ? kPairSlotLast : kPairShapes;
+    return x == kFromLast && y == kFromSlot ? kPairLastSlot : kPairShapes;
+}
+
 struct Writer {
     ExprInstr*    code;
     ExprLinkStep* step;
     int32_t*      pending;
-    int32_t       heldIp = -1;  // whose result the register holds
-    Held          held = Held::Nothing;
+    // Whose results the registers hold, by type: the last fast step's
+    // first, then the one before.
+    int32_t       heldDouble[2] = {-1, -1};
+    int32_t       heldLong[2] = {-1, -1};
+
+    // The step before, when it is a fast step that reads only slots and is
+    // not yet part of a pair.
+    ExprLinkStep* pairable = nullptr;
+    ExprFastOp    pairableOp = ExprFastOp::None;
+
+    void forget()
+    {
+        heldDouble[0] = heldDouble[1] = heldLong[0] = heldLong[1] = -1;
+        pairable = nullptr;
+    }
+    int32_t* held(Held type) { return type == Held::Double ? heldDouble : heldLong; }
+    ExprFastSource source(Held type, int32_t operand)
+    {
+        const int32_t* ips = held(type);
+        return operand < 0 ? kFromSlot : operand == ips[0] ? kFromLast : operand == ips[1] ? kFromBefore : kFromSlot;
+    }
 
     void escape(uint32_t kind, uint32_t ip, const Walk& walk, int32_t after)
     {
@@ -150,14 +191,25 @@ struct Writer {
         s = {};
         s.kind = kind;
         s.ip = ip;
-        s.xrefIndex = kind == kLinkRefresh ? walk.code[ip].operand.xrefIndex : 0;
+        if (kind == kLinkRefresh)
+            s.xrefIndex = walk.code[ip].operand.xrefIndex;
+        if (kind == kLinkCall) {
+            // The function and its result type are the records'; a double
+            // or a Long needs no detour through the run loop's call.
+            const uint32_t type = code[ip].operand.type;
+            s.r = code[ip].operand.value;
+            s.function = reinterpret_cast<ExprUserFn>(code[walk.stack[walk.depth - 1]].operand.value);
+            s.kind = type == EXT_Double ? kLinkCallDouble
+                   : type == EXT_Long || type == EXT_ULong ? kLinkCallLong
+                   : kLinkCall;
+        }
         s.pending = pending;
         *pending++ = walk.depth;
         *pending++ = after;
         memcpy(pending, walk.stack, size_t(walk.depth) * sizeof(int32_t));
         pending += walk.depth;
         // A user function or a nested run may change any slot.
-        heldIp = -1;
+        forget();
     }
 
     void operate(uint32_t ip, int32_t x, int32_t y)
@@ -173,18 +225,25 @@ struct Writer {
             s.handler = kExprOpHandlers[self.opcode][expr_dispatch_type(&self)];
             s.xRecord = code + x;
             s.yRecord = y >= 0 ? code + y : nullptr;
-            heldIp = -1;
+            forget();
             return;
         }
-        ExprFastMode mode = kFastSlots;
-        if (heldIp >= 0 && held == fast.reads)
-            mode = x == heldIp ? kFastLeftHeld : y == heldIp ? kFastRightHeld : kFastSlots;
-        s.kind = expr_fast_kind(fast.op, mode);
+        const ExprFastSource sx = source(fast.reads, x), sy = source(fast.reads, y);
+        s.kind = expr_fast_kind(fast.op, sx, sy);
+        const ExprPairShape shape = pair_shape(sx, sy);
+        if (pairable && shape != kPairShapes && kPairable[size_t(pairableOp)][size_t(fast.op)]) {
+            pairable->kind = expr_pair_kind(pairableOp, fast.op, shape);
+            pairable = nullptr;
+        } else {
+            pairable = sx == kFromSlot && sy == kFromSlot ? &s : nullptr;
+            pairableOp = fast.op;
+        }
         s.r = self.operand.value;
         s.x = code[x].operand.value;
         s.y = y >= 0 ? code[y].operand.value : nullptr;
-        heldIp = int32_t(ip);
-        held = fast.gives;
+        int32_t* ips = held(fast.gives);
+        ips[1] = ips[0];
+        ips[0] = int32_t(ip);
     }
 };
 
@@ -245,8 +304,7 @@ ExprLinkedProgram* link(ExprContext* expr, uint32_t start)
     auto* program = static_cast<ExprLinkedProgram*>(zor_malloc(bytes));
     if (program) {
         program->start = start;
-        program->ordinary = !linkable;
-        program->maxDepth = walk.maxDepth;
+        program->maxDepth = linkable ? walk.maxDepth : INT32_MAX;
         program->generation = expr_link_home(expr)->generation;
         program->code = walk.code;
         program->count = int32_t(walk.count);
@@ -268,6 +326,8 @@ ExprLinkedProgram* link(ExprContext* expr, uint32_t start)
 ExprLinkedProgram* expr_linked(ExprContext* expr, uint32_t start)
 {
     ExprLinkHome* home = expr_link_home(expr);
+    if (home->off)
+        return nullptr;
     ExprLinkedProgram* program = nullptr;
     if (home->tableSize)
         program = *slot_of(home, start);

@@ -21,7 +21,7 @@ struct ExprLinkStep {
     uint32_t kind;  // ExprLinkKind, or expr_fast_kind
     uint32_t ip;    // the instruction it stands for
     union {
-        void*         r;          // fast: the result slot
+        void*         r;          // fast steps and calls: the result slot
         ExprOpHandler handler;    // other operators
         intptr_t      xrefIndex;  // dependency step
     };
@@ -33,12 +33,15 @@ struct ExprLinkStep {
     union {
         const void* y;
         ExprInstr*  yRecord;
+        ExprUserFn  function;  // a call's
     };
 };
 
 enum ExprLinkKind : uint32_t {
     kLinkOperator,  // the operator's own handler, on the records
-    kLinkCall,      // EOP_PAR
+    kLinkCall,        // EOP_PAR, through the run loop's call
+    kLinkCallDouble,  // EOP_PAR of a function known to give a double
+    kLinkCallLong,    // ... a Long or ULong
     kLinkRefresh,   // EOP_NOP of a variable with a dependency run
     kLinkEnd,       // EOP_END, or the end of the array
     kLinkFirstFast
@@ -50,25 +53,61 @@ enum class ExprFastOp : uint32_t {
     AddD, SubD, MulD, DivD,        // doubles
     AddL, SubL, MulL,              // Long arithmetic, wrapping
     EquD, NeqD, LtD, GtD, LeqD, GeqD,  // comparisons of doubles, an EXT_Long truth
+    EquL, NeqL, LtL, GtL, LeqL, GeqL,  // comparisons of Longs
     LandL, LorL,                   // logical operators on Long operands
     LongToDouble,
     None
 };
 
-// Where a fast step finds its operands: both in their slots, or one of them
-// still in the register that holds the step before's result.
-enum ExprFastMode : uint32_t { kFastSlots, kFastLeftHeld, kFastRightHeld, kFastModes };
+// Where a fast step finds an operand: in its slot, or still in a register.
+// Two registers of each type hold the results of the last two fast steps
+// that gave that type, so that a chain of sums need not read each sum back
+// from the slot it was just written to.
+enum ExprFastSource : uint32_t { kFromSlot, kFromLast, kFromBefore, kFastSources };
 
-constexpr uint32_t expr_fast_kind(ExprFastOp op, ExprFastMode mode)
+constexpr uint32_t expr_fast_kind(ExprFastOp op, ExprFastSource x, ExprFastSource y)
 {
-    return kLinkFirstFast + uint32_t(op) * kFastModes + mode;
+    return kLinkFirstFast + (uint32_t(op) * kFastSources + x) * kFastSources + y;
 }
+
+// Two fast steps that run as one, with one dispatch: a first that reads its
+// operands from slots, and the step right behind it, which reads the first's
+// result from the register and its other operand as one of these.
+enum ExprPairShape : uint32_t {
+    kPairBeforeLast,  // left: the result before the first's; right: the first's
+    kPairSlotLast,    // left: a slot; right: the first's
+    kPairLastSlot,    // left: the first's; right: a slot (or none)
+    kPairShapes
+};
+
+constexpr uint32_t kLinkFirstPair = expr_fast_kind(ExprFastOp::None, kFromSlot, kFromSlot);
+
+constexpr uint32_t expr_pair_kind(ExprFastOp first, ExprFastOp second, ExprPairShape shape)
+{
+    return kLinkFirstPair + (uint32_t(first) * uint32_t(ExprFastOp::None) + uint32_t(second)) * kPairShapes + shape;
+}
+
+// The pairs that have a step of their own: sums and products of doubles,
+// conversions feeding them, and truth values feeding && and ||.
+#define ZOR_EXPR_PAIRS_DOUBLE(X, first) X(first, AddD) X(first, SubD) X(first, MulD) X(first, DivD)
+#define ZOR_EXPR_PAIRS_TRUTH(X, first) X(first, LandL) X(first, LorL)
+#define ZOR_EXPR_PAIRS(X)                                                                         \
+    ZOR_EXPR_PAIRS_DOUBLE(X, AddD) ZOR_EXPR_PAIRS_DOUBLE(X, SubD) ZOR_EXPR_PAIRS_DOUBLE(X, MulD)  \
+    ZOR_EXPR_PAIRS_DOUBLE(X, DivD) ZOR_EXPR_PAIRS_DOUBLE(X, LongToDouble)                         \
+    ZOR_EXPR_PAIRS_TRUTH(X, EquD) ZOR_EXPR_PAIRS_TRUTH(X, NeqD) ZOR_EXPR_PAIRS_TRUTH(X, LtD)      \
+    ZOR_EXPR_PAIRS_TRUTH(X, GtD) ZOR_EXPR_PAIRS_TRUTH(X, LeqD) ZOR_EXPR_PAIRS_TRUTH(X, GeqD)      \
+    ZOR_EXPR_PAIRS_TRUTH(X, EquL) ZOR_EXPR_PAIRS_TRUTH(X, NeqL) ZOR_EXPR_PAIRS_TRUTH(X, LtL)      \
+    ZOR_EXPR_PAIRS_TRUTH(X, GtL) ZOR_EXPR_PAIRS_TRUTH(X, LeqL) ZOR_EXPR_PAIRS_TRUTH(X, GeqL)      \
+    ZOR_EXPR_PAIRS_TRUTH(X, LandL) ZOR_EXPR_PAIRS_TRUTH(X, LorL)                                  \
+    X(AddL, LongToDouble) X(SubL, LongToDouble) X(MulL, LongToDouble)
 
 
 struct ExprLinkedProgram {
     uint32_t         start;
-    bool             ordinary;  // the ordinary loop serves this start, see expr_link.cpp
-    int32_t          maxDepth;  // the deepest the stack gets above where the run found it
+    // The deepest the stack gets above where the run found it. A start that
+    // the ordinary loop must serve (see expr_link.cpp) gets a form without
+    // steps whose depth no stack has.
+    int32_t          maxDepth;
     uint32_t         generation;
     ExprInstr*       code;      // what it was linked against
     int32_t          count;
@@ -100,7 +139,7 @@ inline ExprLinkHome* expr_link_home(const ExprContext* expr)
 }
 
 // Finds or makes the linked form of `start`; null when it can't be made (a
-// failed allocation: the ordinary loop serves the run).
+// failed allocation: the ordinary loop serves the run) or linking is off.
 ExprLinkedProgram* expr_linked(ExprContext* expr, uint32_t start);
 
 // Forgets every linked form: the compiler, the cross-reference and anyone
@@ -123,6 +162,3 @@ ZORStatus expr_run_ordinary(ExprContext* expr, uint32_t start, uint32_t ip, intp
 ZORStatus expr_call_user_function(ExprContext* expr, uint32_t ip, intptr_t userArg);
 ZORStatus expr_refresh_variable(ExprContext* expr, int32_t xrefIndex, uint32_t start,
                                 intptr_t userArg);
-
-// Runs a linked program from its first step.
-ZORStatus expr_run_linked(ExprContext* expr, const ExprLinkedProgram* program, intptr_t userArg);

@@ -20,4 +20,30 @@ void fail_all(bool on);
 long requests();
 // Blocks handed out and not yet freed.
 long live_blocks();
+
+// Another heap behind the seam for the rest of the process, for hostile-input
+// tests. It must take blocks of the runtime's heap handed out before it came
+// in, and hand them back to free and realloc; there is no way back.
+struct Heap {
+    void*  (*allocate)(size_t bytes);
+    void*  (*resize)(void* block, size_t bytes);
+    void   (*release)(void* block);
+    size_t (*measure)(const void* block);  // bytes asked for the block
+};
+void use_heap(const Heap& heap);
+// The size of a block of the seam, under whichever heap is in use.
+size_t block_bytes(const void* block);
+
+// The guard heap (static core only): every block ends at a no-access page,
+// the rest of its first page is a checked canary, and a freed block's pages
+// are decommitted, so that overruns, underruns and use after free fault.
+// Blocks over 256 KiB, and any beyond 20,000 live ones, come from the
+// runtime's heap, which keeps growing arrays and the process's mappings
+// within bounds.
+// Returns the heap for use_heap.
+const Heap& guard_heap();
+// Whether `address` lies in the guard heap's pages, live or freed.
+bool guard_heap_owns(const void* address);
+// Exception code raised when a block's canary was found damaged.
+constexpr unsigned long kCanaryDamaged = 0xE0A1C0DEul;
 }

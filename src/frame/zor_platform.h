@@ -32,11 +32,13 @@ extern "C" int __cdecl __stdio_common_vsprintf(unsigned long long options, char*
 #  define ZOR_UNLIKELY(x) (x)
 #  define ZOR_NOINLINE __declspec(noinline)
 #  define ZOR_FORCEINLINE __forceinline
+#  define ZOR_UNREACHABLE() __assume(0)
 #else
 #  define ZOR_LIKELY(x) __builtin_expect(!!(x), 1)
 #  define ZOR_UNLIKELY(x) __builtin_expect(!!(x), 0)
 #  define ZOR_NOINLINE __attribute__((noinline))
 #  define ZOR_FORCEINLINE inline __attribute__((always_inline))
+#  define ZOR_UNREACHABLE() __builtin_unreachable()
 #endif
 
 namespace zor {

@@ -1,6 +1,5 @@
 #include <string.h>
 
-#include "../frame/zor_platform.h"
 #include "trace_internal.h"
 #include "zor_td.h"
 
@@ -11,20 +10,6 @@ constexpr int32_t kMaxDays = 65535;
 
 // Room for a path of up to 99 units joined to a found name or a stem.
 constexpr size_t kNameUnits = 400;
-
-template <size_t N>
-bool format_into(wchar_t (&out)[N], const wchar_t* format, ...)
-{
-    va_list args;
-    va_start(args, format);
-    int n = zor::counted_vswprintf(out, N, format, args);
-    va_end(args);
-    if (n < 0 || static_cast<size_t>(n) >= N) {
-        out[0] = 0;
-        return false;
-    }
-    return true;
-}
 
 void date_digits(wchar_t* out, unsigned year, unsigned month, unsigned day)
 {
@@ -82,7 +67,7 @@ int TraceSetDailyName(TraceObject* obj)
 {
     wchar_t date[kTraceDateUnits];
     TraceDateStr(date);
-    return format_into(obj->szFile, L"%s%s.log", obj->szBaseName, date);
+    return TraceFormat(obj->szFile, L"%s%s.log", obj->szBaseName, date);
 }
 
 void TracePruneFiles(TraceObject* obj)
@@ -96,8 +81,8 @@ void TracePruneFiles(TraceObject* obj)
     if (!is_digit(cutoff[0]))
         return;
     wchar_t stem[kNameUnits], pattern[kNameUnits];
-    if (!format_into(stem, L"%s%s", obj->szBaseName, cutoff) ||
-        !format_into(pattern, L"%s*.*", obj->szBaseName))
+    if (!TraceFormat(stem, L"%s%s", obj->szBaseName, cutoff) ||
+        !TraceFormat(pattern, L"%s*.*", obj->szBaseName))
         return;
     size_t n = wcslen(stem);
     bool daily_only = obj->szBaseName[0] == 0;
@@ -110,7 +95,7 @@ void TracePruneFiles(TraceObject* obj)
         wchar_t full[kNameUnits];
         if (daily_only && !is_daily_name(found.cFileName))
             continue;
-        if (format_into(full, L"%s%s", obj->szPath, found.cFileName) &&
+        if (TraceFormat(full, L"%s%s", obj->szPath, found.cFileName) &&
             _wcsnicmp(full, stem, n) <= 0)
             DeleteFileW(full);
     } while (FindNextFileW(walk, &found));

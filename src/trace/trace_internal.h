@@ -4,7 +4,24 @@
 
 #include <stdio.h>
 
+#include "../frame/zor_platform.h"
 #include "zor_trace.h"
+
+// Formats into a field; text that does not fit whole leaves the field
+// empty and gives false, so that no name is ever used cut short.
+template <size_t N>
+bool TraceFormat(wchar_t (&out)[N], const wchar_t* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    int n = zor::counted_vswprintf(out, N, format, args);
+    va_end(args);
+    if (n < 0 || static_cast<size_t>(n) >= N) {
+        out[0] = 0;
+        return false;
+    }
+    return true;
+}
 
 // The one mailslot handle of the process, shared by every trace object.
 extern HANDLE hTraceMailslot;

@@ -8,17 +8,7 @@
 #include <string>
 
 #include "classes/encodings.h"
-
-// The narrow code page set for a scope and put back after it.
-struct NarrowCodePage {
-    explicit NarrowCodePage(uint32_t page) : old(zorlib::narrowCodePage)
-    {
-        zorlib::narrowCodePage = page;
-    }
-    ~NarrowCodePage() { zorlib::narrowCodePage = old; }
-    NarrowCodePage(const NarrowCodePage&) = delete;
-    uint32_t old;
-};
+#include "narrow_code_page.h"
 
 // A class's text with its counted length, embedded zeros included.
 template <class S>

@@ -20,7 +20,7 @@ void check_shape(const CWStr& s)
     if (s.buffer) {
         CHECK(s.buffer[s.length] == 0);
         CHECK(s.length <= s.capacity / 2 - 1);
-        CHECK(_msize(s.buffer) == s.capacity);
+        CHECK(zor_alloc_probe::block_bytes(s.buffer) == s.capacity);
     } else {
         CHECK(s.length == 0);
     }

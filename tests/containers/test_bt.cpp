@@ -7,6 +7,7 @@
 
 #include "alloc_check.h"
 #include "dll_image.h"
+#include "walk.h"
 #include "zor_bt.h"
 
 namespace {
@@ -38,15 +39,15 @@ int height(const BTNode* node, const BTNode* parent, uint32_t* nodes)
 // newest of equals first, and maps to the address that the insert gave.
 struct Checked {
     BT* tree = BTCreate(by_key, sizeof(Item));
-    std::map<std::pair<int32_t, int32_t>, const Item*> expected;
+    std::map<std::pair<int32_t, int32_t>, void*> expected;
     int32_t serial = 0;
 
-    const Item* insert(int32_t key)
+    void* insert(int32_t key)
     {
         Item it{key, serial, 0.5};
-        auto* stored = static_cast<const Item*>(BTInsert(tree, &it));
+        void* stored = BTInsert(tree, &it);
         if (stored) {
-            CHECK(stored->serial == serial);
+            CHECK(static_cast<Item*>(stored)->serial == serial);
             expected[{key, -serial}] = stored;
         }
         ++serial;
@@ -58,21 +59,17 @@ struct Checked {
     {
         uint32_t nodes = 0;
         CHECK(height(tree->root, nullptr, &nodes) >= 0);
-        REQUIRE((BTCount(tree) == expected.size() && nodes == expected.size()));
-        std::vector<const Item*> forward, backward, visited, placed;
-        // Bounded, so that a broken step ends the walk instead of looping.
-        for (void* e = BTFirst(tree); e && forward.size() <= nodes; e = BTNext(e))
-            forward.push_back(static_cast<const Item*>(e));
-        for (void* e = BTLast(tree); e && backward.size() <= nodes; e = BTPrev(e))
-            backward.insert(backward.begin(), static_cast<const Item*>(e));
-        using Seen = std::vector<const Item*>;
+        REQUIRE(nodes == expected.size());
+        REQUIRE(BTCount(tree) == nodes);
+        std::vector<void*> visited, placed;
         BTForEach(tree, [](void* seen, void* e) {
-            static_cast<Seen*>(seen)->push_back(static_cast<const Item*>(e));
+            static_cast<std::vector<void*>*>(seen)->push_back(e);
             return 0;
         }, &visited);
         for (const auto& entry : expected)
             placed.push_back(entry.second);
-        CHECK((backward == forward && visited == forward && placed == forward));
+        CHECK(walk_both_ways(BTFirst(tree), BTNext, BTLast(tree), BTPrev, nodes) == placed);
+        CHECK(visited == placed);
     }
 };
 
@@ -82,8 +79,9 @@ std::set<const void*> g_destroyed;
 int note_destroyed(void* elem)
 {
     const BTNode* node = static_cast<const BTNode*>(elem) - 1;
-    CHECK((g_destroyed.insert(elem).second && (!node->left || g_destroyed.count(node->left + 1))));
-    CHECK((!node->right || g_destroyed.count(node->right + 1)));
+    CHECK(g_destroyed.insert(elem).second);
+    for (const BTNode* child : {node->left, node->right})
+        CHECK((!child || g_destroyed.count(child + 1)));
     return 0;
 }
 }
@@ -112,9 +110,10 @@ TEST_CASE("long random runs of inserts and deletes keep the tree balanced, linke
             t.check();
         }
     }
-    uint32_t left = BTCount(t.tree);
+    size_t left = t.expected.size();
+    REQUIRE(left > 0);
     BTDestroy(t.tree, note_destroyed);
-    CHECK((left > 0 && g_destroyed.size() == left));
+    CHECK(g_destroyed.size() == left);
 }
 
 TEST_CASE("a refused allocation leaves the tree as it was")
@@ -122,27 +121,25 @@ TEST_CASE("a refused allocation leaves the tree as it was")
     NoLeak leak;
     CHECK(fail_each_allocation([]() {
               Checked t;
-              if (!t.tree)
-                  return;
-              for (int32_t i = 0; i < 12; ++i) {
+              for (int32_t i = 0; t.tree && i < 12; ++i) {
                   t.insert(i * 7 % 5);
                   t.check();
               }
-              BTDestroy(t.tree, nullptr);
+              if (t.tree)
+                  BTDestroy(t.tree, nullptr);
           }) == 13);
 }
 
 TEST_CASE("the DLL exports the container families")
 {
-    CHECK(missing_exports({"DACreate", "DADestroy", "DAGetSize", "DAGetElem", "DAAddElem",
-                           "DASetElem", "DAInsertElem", "DADeleteLast", "BTCreate", "BTDestroy",
-                           "BTInsert", "BTDelete", "BTSearch", "BTCount", "BTFirst", "BTLast",
-                           "BTNext", "BTPrev", "BTForEach", "DLCreateHeader", "DLCreateElement",
-                           "DLGetElementValue", "DLGetFirstElement", "DLGetLastElement",
-                           "DLGetNextElement", "DLGetPrevElement", "DLInsertElement",
+    CHECK(missing_exports({"DACreate", "DADestroy", "DAGetSize", "DAGetElem", "DAAddElem", "DASetElem",
+                           "DAInsertElem", "DADeleteLast", "BTCreate", "BTDestroy", "BTInsert", "BTDelete",
+                           "BTSearch", "BTCount", "BTFirst", "BTLast", "BTNext", "BTPrev", "BTForEach",
+                           "DLCreateHeader", "DLCreateElement", "DLGetElementValue", "DLGetFirstElement",
+                           "DLGetLastElement", "DLGetNextElement", "DLGetPrevElement", "DLInsertElement",
                            "DLInsertFirstElement", "DLInsertLastElement", "DLInsertNextElement",
-                           "DLInsertPrevElement", "DLRemoveElement", "DLRemoveHeader", "LLCreate",
-                           "LLDestroy", "LLCount", "LLFirst", "LLLast", "LLNext", "LLPushFront",
-                           "LLPushBack", "LLRemove", "LLApply", "LLApplyPar", "MPCreate", "MPAlloc",
-                           "MPDestroy"}) == "");
+                           "DLInsertPrevElement", "DLRemoveElement", "DLRemoveHeader", "LLCreate", "LLDestroy",
+                           "LLCount", "LLFirst", "LLLast", "LLNext", "LLPushFront", "LLPushBack", "LLRemove",
+                           "LLApply", "LLApplyPar", "MPCreate", "MPAlloc", "MPDestroy", "BTTrace",
+                           "DLListElements"}) == "");
 }

@@ -1,27 +1,10 @@
 #include <doctest/doctest.h>
 
-#include <malloc.h>
 #include <string.h>
 #include <vector>
 
 #include "alloc_check.h"
 #include "zor_mp.h"
-
-namespace {
-const MPBlock& block(const MPPool* pool, int32_t index)
-{
-    return *static_cast<const MPBlock*>(DAGetElem(pool->pBlocks, index));
-}
-
-// Bytes of their own for each item, so that an overlap or a move shows.
-std::vector<unsigned char> item_bytes(int32_t serial, int32_t size)
-{
-    std::vector<unsigned char> bytes(size_t(size) + 1);  // never empty: data() is readable
-    for (size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] = static_cast<unsigned char>(serial * 31 + int32_t(i));
-    return bytes;
-}
-}
 
 TEST_CASE("items go behind the last one while they fit, else into a block of their own size or more")
 {
@@ -30,57 +13,30 @@ TEST_CASE("items go behind the last one while they fit, else into a block of the
     };
     // Every row on a pool of 8-byte blocks.
     const std::vector<Place> rows[] = {
-        {{5, 0, 0}, {3, 0, 5}, {1, 1, 0}},             // an exact fit
-        {{5, 0, 0}, {4, 1, 0}, {2, 1, 4}},             // an abandoned rest
-        {{3, 0, 0}, {20, 1, 0}, {1, 2, 0}},            // an oversized item
+        {{5, 0, 0}, {3, 0, 5}, {1, 1, 0}},                        // an exact fit
+        {{5, 0, 0}, {4, 1, 0}, {2, 1, 4}},                        // an abandoned rest
+        {{3, 0, 0}, {20, 1, 0}, {1, 2, 0}},                       // an oversized item
         {{0, 0, 0}, {8, 0, 0}, {0, 0, 8}, {9, 1, 0}, {0, 2, 0}},  // empty items
     };
+    const char bytes[] = "abcdefghijklmnopqrstuvwxyz";
     for (const auto& row : rows) {
         NoLeak leak;
         MPPool* pool = MPCreate(8);
-        REQUIRE(pool);
-        CHECK(pool->nCurrent == -1);
-        std::vector<std::pair<const void*, std::vector<unsigned char>>> items;
+        CHECK(MPAlloc(pool, bytes, -1) == nullptr);
+        CHECK(pool->nCurrent == -1);  // no block before the first item
+        std::vector<const char*> stored;
         for (const Place& item : row) {
-            CAPTURE(items.size());
-            std::vector<unsigned char> bytes = item_bytes(int32_t(items.size()), item.size);
-            auto* stored = static_cast<unsigned char*>(MPAlloc(pool, bytes.data(), item.size));
-            items.emplace_back(stored, bytes);
+            // Each item starts at its own letter, so that an overlap shows.
+            stored.push_back(static_cast<const char*>(MPAlloc(pool, bytes + stored.size(), item.size)));
             REQUIRE(pool->nCurrent == item.block);
-            const MPBlock& b = block(pool, item.block);
-            CHECK(stored == static_cast<unsigned char*>(b.pData) + item.offset);
+            const MPBlock& b = *static_cast<const MPBlock*>(DAGetElem(pool->pBlocks, item.block));
+            CHECK(stored.back() == static_cast<const char*>(b.pData) + item.offset);
             CHECK(b.nUsed == item.offset + item.size);
-            CHECK(_msize(b.pData) == size_t(item.size > 8 ? item.size : 8));
+            CHECK(zor_alloc_probe::block_bytes(b.pData) == size_t(item.size > 8 ? item.size : 8));
         }
-        // Each item still in its place with its own bytes after all others.
-        for (size_t i = 0; i < items.size(); ++i)
-            CHECK(memcmp(items[i].first, items[i].second.data(), size_t(row[i].size)) == 0);
+        // Every item keeps its place and bytes until the pool goes.
+        for (size_t i = 0; i < row.size(); ++i)
+            CHECK(memcmp(stored[i], bytes + i, size_t(row[i].size)) == 0);
         MPDestroy(pool);
     }
-}
-
-TEST_CASE("a refused size or allocation gives null and leaves the pool usable")
-{
-    NoLeak leak;
-    CHECK(MPCreate(0) == nullptr);
-    CHECK(MPCreate(-8) == nullptr);
-    MPPool* pool = MPCreate(8);
-    CHECK(MPAlloc(pool, "abc", -1) == nullptr);
-    CHECK(pool->nCurrent == -1);
-    MPDestroy(pool);
-    // Eleven blocks: the array of blocks grows at the last one, so that its
-    // refusal comes after that block was taken.
-    CHECK(fail_each_allocation([]() {
-              MPPool* p = MPCreate(4);
-              for (int32_t i = 0; p && i < 11; ++i) {
-                  void* stored = MPAlloc(p, "abc", 4);
-                  if (!stored)
-                      stored = MPAlloc(p, "abc", 4);
-                  REQUIRE(stored);
-                  CHECK(memcmp(stored, "abc", 4) == 0);
-                  CHECK(DAGetSize(p->pBlocks) == i + 1);
-              }
-              if (p)
-                  MPDestroy(p);
-          }) == 3 + 11 + 1);
 }

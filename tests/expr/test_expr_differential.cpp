@@ -5,6 +5,7 @@
 #include <string.h>
 
 #include "expr_fixture.h"
+#include "fuzz.h"
 
 namespace {
 
@@ -212,4 +213,9 @@ TEST_CASE("random formulas, integer only and mixing characters, integers and dou
 {
     run_random_formulas(0x5EED1234u, 4000, false);
     run_random_formulas(0xC0FFEE77u, 4000, true);
+}
+
+TEST_CASE("fuzz: random formulas against the reference, integer only or mixed")
+{
+    fuzz_loop(600, [](FuzzRng& rng) { run_random_formulas(rng.next(), 1, rng.chance(50)); });
 }

@@ -9,6 +9,7 @@
 
 #include "expr/expr_link.h"
 #include "expr/expr_op_facts.h"
+#include "alloc_check.h"
 #include "expr_fixture.h"
 
 namespace {
@@ -65,7 +66,7 @@ struct Twin : Expr {
 
     Twin(uint64_t seed, bool linked) : rnd{seed}
     {
-        TSInit(&s0), TSInit(&s1), TSInit(&made);
+        TSClear(&s0), TSClear(&s1), TSClear(&made);
         expr_link_home(&ctx)->off = !linked;
         ExprSetUserPtr(&ctx, this);
         for (const auto& var : kVars)
@@ -84,9 +85,12 @@ struct Twin : Expr {
     // fail, compile, run an earlier expression and keep or pop its result.
     void act(ExprContext* expr, int args, intptr_t userArg)
     {
-        char line[96];
-        snprintf(line, sizeof line, "call depth %d args %d:", expr->stackDepth, args);
-        log += line;
+        // What the function can see: the pending stack, the slots written so
+        // far, the variables.
+        log += "call with " + std::to_string(args) + " on";
+        for (int32_t i = 0; i < expr->stackDepth; ++i)
+            log += " " + std::to_string(expr->stack[i]);
+        log += ": " + hex(expr->dataArena, size_t(expr->dataArenaUsed)) + " " + hex(&v, sizeof v);
         const uint32_t what = nesting < 2 ? rnd.below(16) : 0;
         // An extra pop may take a conversion's entry, whose type is not its
         // slot's: only the type is told then.
@@ -237,6 +241,8 @@ void run_sheet(uint64_t seed)
         uint32_t start = plain.starts[rnd.below(uint32_t(plain.starts.size()))];
         if (rnd.below(8) == 0 && plain->stackDepth == 0)
             start += rnd.below(4);
+        if (rnd.below(16) == 0)
+            start = EXPR_RUN_ALL;
         const bool pop = rnd.below(4) != 0;
         ZORStatus status[2];
         for (int i = 0; i < 2; ++i) {
@@ -257,4 +263,40 @@ TEST_CASE("the linked run leaves exactly what the ordinary loop leaves, on rando
 {
     for (uint64_t seed = 1; seed <= 600; ++seed)
         run_sheet(seed * 0x9E3779B97F4A7C15ull);
+}
+
+TEST_CASE("where the heap fails, the linked run gives the ordinary loop's answers, and its forms go with the object")
+{
+    NoLeak noLeak;
+    Twin plain(7, false), linked(7, true);
+    Twin* twins[] = {&plain, &linked};
+    for (Twin* t : twins) {
+        t->v.d0 = 0.5, t->v.l0 = 3;
+        REQUIRE(t->compile(L"d1 = d0 * 2.0 + l0 / 4.0 - (d0 < 1.0 && l0 > 2)") == 0);
+        // The stack is made first, so that only the linking can fail.
+        REQUIRE(ExprEvaluate(*t, EXPR_RUN_ALL, 0) == 0);
+        (*t)->stackDepth = 0;
+    }
+    auto run_both = [&] {
+        for (Twin* t : twins) {
+            CHECK(ExprEvaluate(*t, t->first, 0) == 0);
+            ExprPopResult(*t);
+            t->v.d0 += 1.0;
+        }
+        CHECK(plain.state() == linked.state());
+    };
+    // The run that links at last allocates; the ones after it nothing.
+    CHECK(fail_each_allocation(run_both) > 0);
+    const long requests = zor_alloc_probe::requests();
+    run_both();
+    CHECK(zor_alloc_probe::requests() == requests);
+    // Results left on the stack until it must grow, and can't.
+    AllAllocationsFail noHeap;
+    ZORStatus status = ZOR_S_OK;
+    while (status == ZOR_S_OK) {
+        status = ExprEvaluate(plain, plain.first, 0);
+        CHECK(ExprEvaluate(linked, linked.first, 0) == status);
+        CHECK(plain.state() == linked.state());
+    }
+    CHECK(status == ZOR_E_OUTOFMEMORY);
 }

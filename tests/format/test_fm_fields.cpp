@@ -22,8 +22,11 @@ TEST_CASE("FMFormatStr: the first unit of the picture chooses the kind of field"
     for (const auto& row : rows) {
         std::wstring buffer(64, wchar_t(0xFDFD));
         int32_t n = FMFormatStr(row.picture, row.length, row.text, &buffer[0]);
-        CHECK((n >= 0 && n < 63 && buffer.substr(0, size_t(n)) == row.expected && buffer[n] == 0 &&
-               buffer[n + 1] == 0xFDFD));
+        REQUIRE(n >= 0);
+        REQUIRE(n < 63);
+        CHECK(buffer.substr(0, size_t(n)) == row.expected);
+        CHECK(buffer[n] == 0);
+        CHECK(buffer[n + 1] == 0xFDFD);
     }
 }
 
@@ -44,7 +47,9 @@ TEST_CASE("FMFormatStr: a mixed picture over a long hostile text")
     wmemset(out, 0xFDFD, 22);
     const int32_t n = FMFormatStr(L"##$<#.-*+$+#*,#,$-+-#", 21, text.c_str(), out);
     CHECK(std::wstring(out, size_t(n)) == L"51456. 0 0  0 000+ ");
-    CHECK((n == 19 && out[19] == 0 && out[20] == 0xFDFD));
+    CHECK(n == 19);
+    CHECK(out[19] == 0);
+    CHECK(out[20] == 0xFDFD);
 }
 
 TEST_CASE("the readers take digits, the last sign and the last separator from anywhere")
@@ -58,9 +63,16 @@ TEST_CASE("the readers take digits, the last sign and the last separator from an
     };
     for (const auto& row : doubles)
         CHECK(FMToDouble(row.first) == doctest::Approx(row.second).epsilon(1e-15));
-    CHECK((FMToDouble(nullptr) == 0.0 && signbit(FMToDouble(L"-")) && FMToInt(nullptr) == 0 && FMToULong(L"") == 0u));
-    CHECK((FMToInt(L"2147483648") == INT32_MIN && FMToInt(L"12-") == -12 && FMToInt(L"-1.5+") == 15));
-    CHECK((FMToLong(L" -1,234 kg") == -1234 && FMToUInt(L"4294967296") == 0u && FMToULong(L"-1") == 1u));
+    CHECK(FMToDouble(nullptr) == 0.0);
+    CHECK(signbit(FMToDouble(L"-")));
+    CHECK(FMToInt(nullptr) == 0);
+    CHECK(FMToULong(L"") == 0u);
+    CHECK(FMToInt(L"2147483648") == INT32_MIN);
+    CHECK(FMToInt(L"12-") == -12);
+    CHECK(FMToInt(L"-1.5+") == 15);
+    CHECK(FMToLong(L" -1,234 kg") == -1234);
+    CHECK(FMToUInt(L"4294967296") == 0u);
+    CHECK(FMToULong(L"-1") == 1u);
 }
 
 TEST_CASE("a print mask is filled column-true in two locales")

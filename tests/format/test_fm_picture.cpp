@@ -16,7 +16,9 @@ static std::wstring print(const wchar_t* picture, double value, const wchar_t* f
     wchar_t buffer[64];
     wmemset(buffer, kGuard, 64);
     int32_t n = FMFormatDouble(format, picture, int32_t(wcslen(picture)), value, buffer, nullptr);
-    REQUIRE((n >= 0 && n < 64 && std::wstring(buffer + n, size_t(64 - n)) == std::wstring(size_t(64 - n), kGuard)));
+    REQUIRE(n >= 0);
+    REQUIRE(n < 64);
+    REQUIRE(std::wstring(buffer + n, size_t(64 - n)) == std::wstring(size_t(64 - n), kGuard));
     return std::wstring(buffer, size_t(n));
 }
 
@@ -53,23 +55,30 @@ TEST_CASE("the descriptor names the letters; the locale decides how point and se
 TEST_CASE("integer front ends, the complete flag, empty pictures, an exhausted heap, the exported descriptors")
 {
     wchar_t out[12];
-    CHECK((FMFormatInt(nullptr, L"###########", 11, INT32_MIN, out, nullptr) == 11 &&
-           std::wstring(out, 11) == L"-2147483648"));
-    CHECK((FMFormatUInt(nullptr, L"$$$$$$$$$$", 10, UINT32_MAX, out, nullptr) == 10 &&
-           std::wstring(out, 10) == L"4294967295"));
+    CHECK(FMFormatInt(nullptr, L"###########", 11, INT32_MIN, out, nullptr) == 11);
+    CHECK(std::wstring(out, 11) == L"-2147483648");
+    CHECK(FMFormatUInt(nullptr, L"$$$$$$$$$$", 10, UINT32_MAX, out, nullptr) == 10);
+    CHECK(std::wstring(out, 10) == L"4294967295");
     int32_t complete = -1;
-    CHECK((FMFormatDouble(nullptr, L"#", 1, 98765.0, out, &complete) == 1 && out[0] == L'5' && complete == 1));
+    CHECK(FMFormatDouble(nullptr, L"#", 1, 98765.0, out, &complete) == 1);
+    CHECK(out[0] == L'5');
+    CHECK(complete == 1);
     CHECK(missing_exports({"DefaultDblFormat", "LLDblFormat", "GetDefaultDblFormat", "GetLLDblFormat",
                            "FMFormatDouble", "FMFormatInt", "FMFormatUInt", "FMFormatStr", "FMToDouble",
                            "FMToInt", "FMToLong", "FMToUInt", "FMToULong"}) == "");
     auto defaults = reinterpret_cast<const wchar_t*>(GetProcAddress(zor_load_dll(), "DefaultDblFormat"));
     REQUIRE(defaults);
-    CHECK((std::wstring(defaults) == L"#$**.,+-#&*$.,+-" && GetLLDblFormat() == GetDefaultDblFormat() + 8));
+    CHECK(std::wstring(defaults) == L"#$**.,+-#&*$.,+-");
+    CHECK(GetLLDblFormat() == GetDefaultDblFormat() + 8);
     out[0] = out[1] = kGuard;
-    for (int32_t length : {0, -3})
-        CHECK((FMFormatDouble(nullptr, L"###", length, 5.0, out, nullptr) == 0 && out[0] == kGuard));
+    for (int32_t length : {0, -3}) {
+        CHECK(FMFormatDouble(nullptr, L"###", length, 5.0, out, nullptr) == 0);
+        CHECK(out[0] == kGuard);
+    }
     NoLeak leak;
     AllAllocationsFail fail;
-    CHECK((FMFormatDouble(nullptr, L"###", 3, 5.0, out, &complete) == 0 && complete == 0 && out[0] == 0 &&
-           out[1] == kGuard));
+    CHECK(FMFormatDouble(nullptr, L"###", 3, 5.0, out, &complete) == 0);
+    CHECK(complete == 0);
+    CHECK(out[0] == 0);
+    CHECK(out[1] == kGuard);
 }

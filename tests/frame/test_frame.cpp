@@ -9,8 +9,10 @@ TEST_CASE("GCD gives the same divisor in either argument order")
 {
     const uint32_t rows[][3] = {{12, 18, 6}, {7, 7, 7}, {1, 0xFFFFFFFFu, 1},
                                 {0xFFFFFFFEu, 0x80000000u, 2}, {1071, 462, 21}};
-    for (const auto& row : rows)
-        CHECK((GCD(row[0], row[1]) == row[2] && GCD(row[1], row[0]) == row[2]));
+    for (const auto& row : rows) {
+        CHECK(GCD(row[0], row[1]) == row[2]);
+        CHECK(GCD(row[1], row[0]) == row[2]);
+    }
 }
 
 namespace {
@@ -42,7 +44,10 @@ TEST_CASE("ZORCritSect is recursive and excludes other threads until fully left"
     Contender c{dll_proc<Member>("?Lock@ZORCritSect@@QEAAXXZ"),
                 dll_proc<Member>("?UnLock@ZORCritSect@@QEAAXXZ"), storage,
                 CreateEventW(nullptr, TRUE, FALSE, nullptr)};
-    REQUIRE((ctor && dtor && c.lock && c.unlock) == true);
+    REQUIRE(bool(ctor));
+    REQUIRE(bool(dtor));
+    REQUIRE(bool(c.lock));
+    REQUIRE(bool(c.unlock));
     CHECK(ctor(storage) == storage);
     c.lock(storage);
     c.lock(storage);

@@ -30,7 +30,9 @@ TEST_CASE("catalogue texts come in both languages, without a line break")
         for (uint32_t language : {1033u, 1031u, 0u}) {
             std::wstring text = format(code, language);
             CAPTURE(code);
-            CHECK((!text.empty() && text.back() == L'.' && text.find(L"Unknown") == std::wstring::npos));
+            REQUIRE(!text.empty());
+            CHECK(text.back() == L'.');
+            CHECK(text.find(L"Unknown") == std::wstring::npos);
         }
     }
 }
@@ -41,8 +43,11 @@ TEST_CASE("codes outside the catalogue fall through to the system, then to a fal
     CHECK(format(0xC0040400, 1036).find(L"L-Value") == std::wstring::npos);
     // The system knows E_OUTOFMEMORY; its text comes without the closing line break.
     std::wstring system = format(ZOR_E_OUTOFMEMORY, 1033);
-    CHECK((system.size() > 1 && system.find(L"Unknown") == std::wstring::npos && system.back() > L' '));
+    REQUIRE(system.size() > 1);
+    CHECK(system.find(L"Unknown") == std::wstring::npos);
+    CHECK(system.back() > L' ');
     CHECK(format(0xC00404FF, 1033) == L"Unknown Error Code: C00404FF");
-    CHECK((format(0xC00404FF, 1033, 8) == L"Unknown" && format(0xC00404FF, 1033, 1) == L""));
+    CHECK(format(0xC00404FF, 1033, 8) == L"Unknown");
+    CHECK(format(0xC00404FF, 1033, 1) == L"");
     CHECK(format(0xC00404FF, 1033, 28) == L"Unknown Error Code: C00404F");
 }

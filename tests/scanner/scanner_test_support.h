@@ -39,7 +39,9 @@ struct Scanner {
         std::string out;
         for (int n = 0; n < 200; ++n) {
             int32_t token = all ? SymGetNextSymAll(&sc) : SymGetNextSym(&sc);
-            CHECK((token == sc.sym && sc.alpha[sc.alphaLen] == 0 && sc.raw[sc.rawLen] == 0));
+            CHECK(token == sc.sym);
+            CHECK(sc.alpha[sc.alphaLen] == 0);
+            CHECK(sc.raw[sc.rawLen] == 0);
             out += (out.empty() ? "" : " ") + std::to_string(token);
             if (token == SYM_EOL)
                 return out;

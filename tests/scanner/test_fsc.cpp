@@ -20,7 +20,8 @@ struct FormatScanner {
         for (int32_t sym = 0; sym != FSC_EOL;) {
             uint32_t before = FScGetColumnNo(&fsc);
             sym = FScGetNextSym(&fsc);
-            REQUIRE((FScGetSym(&fsc) == sym && FScGetAlpha(&fsc)[FScGetAlphaLen(&fsc)] == 0));
+            REQUIRE(FScGetSym(&fsc) == sym);
+            REQUIRE(FScGetAlpha(&fsc)[FScGetAlphaLen(&fsc)] == 0);
             REQUIRE((sym == FSC_EOL || FScGetColumnNo(&fsc) > before));
             out += std::to_string(sym) + ":" + printable(FScGetAlpha(&fsc), FScGetAlphaLen(&fsc)) + " ";
         }
@@ -45,16 +46,22 @@ TEST_CASE("lines split into constant text and placeholders; zero units inside a 
     FormatScanner s;
     for (const auto& row : rows)
         CHECK(s.pieces(row.first) == row.second);
-    CHECK((FScGetNextSym(&s.fsc) == FSC_EOL && FScGetColumnNo(&s.fsc) == 24));
+    CHECK(FScGetNextSym(&s.fsc) == FSC_EOL);
+    CHECK(FScGetColumnNo(&s.fsc) == 24);
 
-    CHECK((s.pieces(L"ab\0cd", 5) == "-2:ab -2:<0>cd -1: " && FScGetColumnNo(&s.fsc) == 5));
+    CHECK(s.pieces(L"ab\0cd", 5) == "-2:ab -2:<0>cd -1: ");
+    CHECK(FScGetColumnNo(&s.fsc) == 5);
     CHECK(s.pieces(L"#\0\0&", 4) == "-6:# -2:<0> -2:<0> -3:& -1: ");
-    CHECK((s.pieces(L"/\0/", 3) == "-2:/ -2:<0> -2:/ -1: " && s.pieces(L"x\\\0", 3) == "-2:x<0> -1: "));
-    CHECK((s.pieces(L"abc\0##", 1) == "-2:abc -1: " && FScGetColumnNo(&s.fsc) == 3));
+    CHECK(s.pieces(L"/\0/", 3) == "-2:/ -2:<0> -2:/ -1: ");
+    CHECK(s.pieces(L"x\\\0", 3) == "-2:x<0> -1: ");
+    CHECK(s.pieces(L"abc\0##", 1) == "-2:abc -1: ");
+    CHECK(FScGetColumnNo(&s.fsc) == 3);
     // A backslash at the end stands for itself; a line without a length ends at its first zero unit.
-    CHECK((s.pieces(L"a\\\0##") == "-2:a\\ -1: " && FScGetColumnNo(&s.fsc) == 2));
+    CHECK(s.pieces(L"a\\\0##") == "-2:a\\ -1: ");
+    CHECK(FScGetColumnNo(&s.fsc) == 2);
     FScSetLine(&s.fsc, L"a\0b");
-    CHECK((FScGetNextSym(&s.fsc) == FSC_CONSTANT && FScGetNextSym(&s.fsc) == FSC_EOL));
+    CHECK(FScGetNextSym(&s.fsc) == FSC_CONSTANT);
+    CHECK(FScGetNextSym(&s.fsc) == FSC_EOL);
 }
 
 TEST_CASE("random lines split into pieces that cover the line exactly")
@@ -71,19 +78,21 @@ TEST_CASE("random lines split into pieces that cover the line exactly")
         FScSetLineLen(&s.fsc, line.c_str(), len);
         for (int32_t sym; (sym = FScGetNextSym(&s.fsc)) != FSC_EOL; column = FScGetColumnNo(&s.fsc)) {
             uint32_t end = FScGetColumnNo(&s.fsc);
-            REQUIRE((end > column && end <= len));
+            REQUIRE(end > column);
+            REQUIRE(end <= len);
             std::wstring alpha(FScGetAlpha(&s.fsc), FScGetAlphaLen(&s.fsc));
             // Escapes only shorten constant text; a placeholder is its own text.
             CHECK((sym == FSC_CONSTANT ? alpha.size() <= end - column : alpha == line.substr(column, end - column)));
         }
-        CHECK((column == len && FScGetAlphaLen(&s.fsc) == 0));
+        CHECK(column == len);
+        CHECK(FScGetAlphaLen(&s.fsc) == 0);
     }
 }
 
 TEST_CASE("descriptions, placeholder codes, allocation and exports")
 {
-    CHECK((std::wstring(FScGetSymDescription(FSC_INTEGER)) == L"INTEGER placeholder" &&
-           std::wstring(FScGetSymDescription(FSC_VARIANT)) == L"VARIANT placeholder "));
+    CHECK(std::wstring(FScGetSymDescription(FSC_INTEGER)) == L"INTEGER placeholder");
+    CHECK(std::wstring(FScGetSymDescription(FSC_VARIANT)) == L"VARIANT placeholder ");
     for (int32_t sym : {0, -8, 31333})
         CHECK(FScGetSymDescription(sym) == nullptr);
     for (int32_t sym = -9; sym <= 1; ++sym)
@@ -98,7 +107,8 @@ TEST_CASE("descriptions, placeholder codes, allocation and exports")
     FScRelease(&fsc);
     REQUIRE(FScInit(&fsc, 0) == ZOR_S_OK);  // still room for the terminator
     FScSetLine(&fsc, L"");
-    CHECK((FScGetNextSym(&fsc) == FSC_EOL && FScGetAlpha(&fsc)[0] == 0));
+    CHECK(FScGetNextSym(&fsc) == FSC_EOL);
+    CHECK(FScGetAlpha(&fsc)[0] == 0);
     FScRelease(&fsc);
     CHECK(missing_exports({"FScInit", "FScRelease", "FScSetLine", "FScSetLineLen", "FScGetNextSym", "FScGetSym",
                            "FScGetAlpha", "FScGetAlphaLen", "FScGetColumnNo", "FScGetSymDescription",

@@ -18,9 +18,13 @@ TEST_CASE("numbers: classes by value, the limits, the switch to floating point")
     // Only the field a token names is written; the dotted constants write all.
     Scanner s(1);
     s.tokens(L"5 70000");
-    CHECK((s.sc.shortVal == 5 && s.sc.longVal == 70000));
+    CHECK(s.sc.shortVal == 5);
+    CHECK(s.sc.longVal == 70000);
     s.tokens(L".T.");
-    CHECK((s.sc.shortVal == 1 && s.sc.ushortVal == 1 && s.sc.ulongVal == 1 && s.sc.doubleVal == 1.0));
+    CHECK(s.sc.shortVal == 1);
+    CHECK(s.sc.ushortVal == 1);
+    CHECK(s.sc.ulongVal == 1);
+    CHECK(s.sc.doubleVal == 1.0);
 }
 
 TEST_CASE("escape sequences: named, octal, decimal, hexadecimal, the rest")
@@ -35,10 +39,15 @@ TEST_CASE("escape sequences: named, octal, decimal, hexadecimal, the rest")
 TEST_CASE("an open string goes on over SymNewLine until its delimiter")
 {
     Scanner s(0);
-    CHECK((s.tokens(L"x \"ab") == "-8:x -201:ab" && s.sc.openQuote == L'"' && s.tokens(L"") == "-201:ab"));
-    CHECK((s.tokens(L"cd\\") == "-201:abcd" && s.raw() == "abcd\\"));
-    CHECK((s.tokens(L"n\" y") == "-6:abcdn -8:y -98" && s.sc.openQuote == 0));
-    CHECK((s.tokens(L"'") == "-202:" && s.tokens(L"a' z") == "-7:a -8:z -98"));
+    CHECK(s.tokens(L"x \"ab") == "-8:x -201:ab");
+    CHECK(s.sc.openQuote == L'"');
+    CHECK(s.tokens(L"") == "-201:ab");
+    CHECK(s.tokens(L"cd\\") == "-201:abcd");
+    CHECK(s.raw() == "abcd\\");
+    CHECK(s.tokens(L"n\" y") == "-6:abcdn -8:y -98");
+    CHECK(s.sc.openQuote == 0);
+    CHECK(s.tokens(L"'") == "-202:");
+    CHECK(s.tokens(L"a' z") == "-7:a -8:z -98");
     // 'ab' is closed but stays open: what follows continues it.
     CHECK(s.tokens(L"'ab' + 'c") == "-202:ab -202:ab +  -202:ab + c");
     SymReset(&s.sc);
@@ -62,8 +71,8 @@ TEST_CASE("the filter drops nested comments in modes 0 and 2, whole comments in 
             CHECK(s.tokens(line.first) == line.second);
     }
     Scanner three(3);
-    CHECK((three.tokens(L"a /* b */ c // d") == "-8:a -8:c -98" &&
-           three.tokens(L"*/ a /* b") == "-204:*/ -8:a -203:/* b -98"));
+    CHECK(three.tokens(L"a /* b */ c // d") == "-8:a -8:c -98");
+    CHECK(three.tokens(L"*/ a /* b") == "-204:*/ -8:a -203:/* b -98");
 }
 
 TEST_CASE("the scanning routines called directly start and stop where they say")
@@ -75,20 +84,32 @@ TEST_CASE("the scanning routines called directly start and stop where they say")
     };
     at(L"x12.5y", 1);
     SymScanNumber(&s.sc);
-    CHECK((s.sc.sym == SYM_DOUBLE && s.sc.column == 5 && s.alpha() == "12.5"));
+    CHECK(s.sc.sym == SYM_DOUBLE);
+    CHECK(s.sc.column == 5);
+    CHECK(s.alpha() == "12.5");
     at(L"x'y\\'z' w", 1);
     s.sc.openQuote = L'\'';
     SymScanString(&s.sc);
-    CHECK((s.sc.column == 7 && s.alpha() == "y'z" && s.raw() == "y\\'z"));
+    CHECK(s.sc.column == 7);
+    CHECK(s.alpha() == "y'z");
+    CHECK(s.raw() == "y\\'z");
     at(L"\\x41z\\", 0);
-    CHECK((SymEscapeSeq(&s.sc) == 'A' && s.sc.column == 3 && s.raw() == "x41"));
+    CHECK(SymEscapeSeq(&s.sc) == 'A');
+    CHECK(s.sc.column == 3);
+    CHECK(s.raw() == "x41");
     at(L"\\x41z\\", 5);
-    CHECK((SymEscapeSeq(&s.sc) == 0 && s.sc.column == 5));
+    CHECK(SymEscapeSeq(&s.sc) == 0);
+    CHECK(s.sc.column == 5);
     at(L"x*y*/z", 1);
-    CHECK((SymScanCComment(&s.sc) == 1 && s.sc.column == 5 && s.alpha() == "y"));
+    CHECK(SymScanCComment(&s.sc) == 1);
+    CHECK(s.sc.column == 5);
+    CHECK(s.alpha() == "y");
     at(L"/*y*", 1);
-    CHECK((SymScanCComment(&s.sc) == 0 && s.sc.column == 4 && s.raw() == "y*"));
+    CHECK(SymScanCComment(&s.sc) == 0);
+    CHECK(s.sc.column == 4);
+    CHECK(s.raw() == "y*");
     at(L"//ab\ncd", 1);
     SymScanCPPComment(&s.sc);
-    CHECK((s.sc.column == 4 && s.raw() == "ab"));
+    CHECK(s.sc.column == 4);
+    CHECK(s.raw() == "ab");
 }

@@ -40,7 +40,9 @@ TEST_CASE("random lines end in bounded steps and never write behind the buffers"
                 for (size_t steps = 0;; ++steps) {
                     REQUIRE(steps <= text.size() + 2);
                     int32_t token = line % 2 ? SymGetNextSymAll(&s.sc) : SymGetNextSym(&s.sc);
-                    REQUIRE((s.sc.column <= text.size() && s.sc.alphaLen <= bufLen && s.sc.rawLen <= bufLen));
+                    REQUIRE(s.sc.column <= text.size());
+                    REQUIRE(s.sc.alphaLen <= bufLen);
+                    REQUIRE(s.sc.rawLen <= bufLen);
                     // Now and then an open string goes on into the next line.
                     bool open = (token == SYM_ERR_STRING || token == SYM_ERR_CHARACTER) && text[s.sc.column] == 0;
                     if (token == SYM_EOL || (open && line % 3 == 0))
@@ -63,10 +65,15 @@ TEST_CASE("exhaustion in SymInit leaves nothing allocated; SymSetKeyword keeps t
         long made = fail_each_allocation([mode]() {
             SymScanner sc;
             if (ZORStatus status = SymInit(&sc, 16, 16, 0, mode)) {
-                CHECK((status == ZOR_E_OUTOFMEMORY && !sc.alpha && !sc.alphaUpper && !sc.raw && !sc.keywords));
+                CHECK(status == ZOR_E_OUTOFMEMORY);
+                CHECK(!sc.alpha);
+                CHECK(!sc.alphaUpper);
+                CHECK(!sc.raw);
+                CHECK(!sc.keywords);
             } else {
                 SymNewLine(&sc, L"a and");
-                CHECK((SymGetNextSym(&sc) == SYM_IDENT && SymGetNextSym(&sc) == (mode ? SYM_AND : SYM_IDENT)));
+                CHECK(SymGetNextSym(&sc) == SYM_IDENT);
+                CHECK(SymGetNextSym(&sc) == (mode ? SYM_AND : SYM_IDENT));
             }
             SymRelease(&sc);
         });
@@ -79,5 +86,6 @@ TEST_CASE("exhaustion in SymInit leaves nothing allocated; SymSetKeyword keeps t
         CHECK(SymSetKeyword(&s.sc, &kEnd) == ZOR_E_OUTOFMEMORY);
     }
     CHECK(s.tokens(L"end or") == "-8:end -51:or -98");
-    CHECK((SymSetKeyword(&s.sc, &kEnd) == ZOR_S_OK && s.tokens(L"end") == "400:end -98"));
+    CHECK(SymSetKeyword(&s.sc, &kEnd) == ZOR_S_OK);
+    CHECK(s.tokens(L"end") == "400:end -98");
 }

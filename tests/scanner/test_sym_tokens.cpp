@@ -50,7 +50,8 @@ TEST_CASE("limits of a scanner: identifier length, buffer, case rule, own keywor
 {
     Scanner short3(0, 3);
     CHECK(short3.tokens(L"abcdefg") == "-8:abcd -8:efg -98");
-    CHECK((short3.number(L"aB_cd") == "-8@4" && printable(short3.sc.alphaUpper, 5) == "AB_C<0>"));
+    CHECK(short3.number(L"aB_cd") == "-8@4");
+    CHECK(printable(short3.sc.alphaUpper, 5) == "AB_C<0>");
     Scanner bounded(0, 100, 6);
     CHECK(bounded.tokens(L"abcdefghij \"abcdefgh\"") == "-8:abcdef -8:ghij -6:abcdef -98");
     // A number cannot outgrow the buffer; the unit that does not fit is read.
@@ -61,16 +62,23 @@ TEST_CASE("limits of a scanner: identifier length, buffer, case rule, own keywor
     CHECK(blind.tokens(L"And nOt Xor oR") == "-50:And 33:nOt 94:Xor -51:oR -98");
     const SymKeyword kIf = {L"IF", 300}, kPlus = {L"PLUS", 43};
     Scanner plain(0, 64, 64, 1), cased(0);
-    REQUIRE((SymSetKeyword(&plain.sc, &kIf) == ZOR_S_OK && SymSetKeyword(&plain.sc, &kPlus) == ZOR_S_OK));
+    REQUIRE(SymSetKeyword(&plain.sc, &kIf) == ZOR_S_OK);
+    REQUIRE(SymSetKeyword(&plain.sc, &kPlus) == ZOR_S_OK);
     REQUIRE(SymSetKeyword(&cased.sc, &kIf) == ZOR_S_OK);
     CHECK(plain.tokens(L"if Plus iff") == "300:if 43:Plus -8:iff -98");
     CHECK(cased.tokens(L"if IF") == "-8:if 300:IF -98");
 
-    CHECK((cased.tokens(L" a ") == "-8:a -98" && SymGetColumnNo(&cased.sc) == 3));
-    CHECK((SymGetNextSym(&cased.sc) == SYM_EOL && SymGetColumnNo(&cased.sc) == 3));
-    CHECK((cased.tokens(L"") == "-98" && SymGetColumnNo(&cased.sc) == 0 && SymGetAlphaLen(&cased.sc) == 0));
+    CHECK(cased.tokens(L" a ") == "-8:a -98");
+    CHECK(SymGetColumnNo(&cased.sc) == 3);
+    CHECK(SymGetNextSym(&cased.sc) == SYM_EOL);
+    CHECK(SymGetColumnNo(&cased.sc) == 3);
+    CHECK(cased.tokens(L"") == "-98");
+    CHECK(SymGetColumnNo(&cased.sc) == 0);
+    CHECK(SymGetAlphaLen(&cased.sc) == 0);
     Scanner odd(7);
     SymNewLine(&odd.sc, L"abc");
-    CHECK((SymGetNextSymAll(&odd.sc) == 0 && SymGetNextSym(&odd.sc) == 0 && odd.sc.column == 0 &&
-           SymGetSym(&odd.sc) == SYM_EOL));
+    CHECK(SymGetNextSymAll(&odd.sc) == 0);
+    CHECK(SymGetNextSym(&odd.sc) == 0);
+    CHECK(odd.sc.column == 0);
+    CHECK(SymGetSym(&odd.sc) == SYM_EOL);
 }

@@ -6,10 +6,14 @@
 #include "alloc_check.h"
 #include "fenced.h"
 #include "fuzz.h"
+#include "guard_heap.h"
 #include "wide_text.h"
 #include "zor_ts.h"
 
 namespace {
+
+// Every allocation of this program ends at a no-access page.
+[[maybe_unused]] const bool guarded = guard_this_program();
 
 std::wstring whole(const TSString* ts)
 {
@@ -59,7 +63,7 @@ struct Str {
 TEST_CASE("fuzz: TS extraction and search at extreme positions against a reference")
 {
     NoLeak leak;
-    fuzz_loop(4000, [](FuzzRng& rng) {
+    fuzz_loop(10000, [](FuzzRng& rng) {
         const std::wstring text = rng.text(rng.chance(5) ? 600 : 12, L"ab ", true);
         Str src(text), dst(rng.text(3));
         const int32_t start = rng.extreme(), count = rng.extreme();
@@ -94,7 +98,7 @@ TEST_CASE("fuzz: TS extraction and search at extreme positions against a referen
 TEST_CASE("fuzz: TS editing with sources in the object's own block and fenced texts")
 {
     NoLeak leak;
-    fuzz_loop(4000, [](FuzzRng& rng) {
+    fuzz_loop(10000, [](FuzzRng& rng) {
         const std::wstring text = rng.text(rng.chance(5) ? 300 : 10, nullptr, true);
         Str ts(text);
         const int32_t length = int32_t(text.size());
@@ -174,7 +178,7 @@ TEST_CASE("fuzz: TS editing with sources in the object's own block and fenced te
 TEST_CASE("fuzz: TS number writers with extreme values, widths and precisions")
 {
     NoLeak leak;
-    fuzz_loop(1500, [](FuzzRng& rng) {
+    fuzz_loop(10000, [](FuzzRng& rng) {
         Str ts(rng.text(5));
         const double value = rng.number();
         const int32_t width = rng.extreme(), precision = rng.extreme();

@@ -16,6 +16,10 @@
 //   the command that replays that one iteration, and the loop stops there.
 // - Inputs and outputs go into Fenced buffers (fenced.h), whose last unit
 //   touches a no-access page, so that a read or write past them faults.
+// - The file puts its program under the guard heap with one line at
+//   namespace scope (guard_heap.h), so that the library's own blocks fault
+//   on overruns and use after free too, and crashes name the loop's seed:
+//     [[maybe_unused]] const bool guarded = guard_this_program();
 // - Environment: ZOR_FUZZ_SECONDS=S runs each loop for S seconds from a fresh
 //   base seed instead of the fixed count and prints its iterations;
 //   ZOR_FUZZ_SEED=x runs only the iteration with seed x. `./build.sh fuzz

@@ -6,9 +6,33 @@
 
 #include <doctest/doctest.h>
 
+#include <stdio.h>
+
 #include <string>
 
 #include <windows.h>
+
+// Whole files as bytes: cases write their input and read back their output.
+inline void write_bytes(const std::wstring& name, const std::string& bytes)
+{
+    FILE* file = _wfopen(name.c_str(), L"wb");
+    REQUIRE(file != nullptr);
+    fwrite(bytes.data(), 1, bytes.size(), file);
+    fclose(file);
+}
+
+// Empty for a missing file.
+inline std::string read_bytes(const std::wstring& name)
+{
+    std::string bytes;
+    if (FILE* file = _wfopen(name.c_str(), L"rb")) {
+        char chunk[65536];
+        for (size_t got; (got = fread(chunk, 1, sizeof chunk, file)) > 0;)
+            bytes.append(chunk, got);
+        fclose(file);
+    }
+    return bytes;
+}
 
 class TempDir {
 public:
@@ -19,6 +43,9 @@ public:
         static long serial = 0;
         m_path = std::wstring(base) + L"zor" + std::to_wstring(GetCurrentProcessId()) + L"-" +
                  std::to_wstring(++serial);
+        // Wine hands out small process ids again soon: a run that was killed
+        // may have left this name behind.
+        remove_tree(m_path);
         REQUIRE(CreateDirectoryW(m_path.c_str(), nullptr));
         if (make_current) {
             wchar_t old[MAX_PATH] = {};

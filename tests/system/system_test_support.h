@@ -1,39 +1,40 @@
-// Files as bytes and registry trees as one text, a line per key and value,
-// so that a case states what it expects in a table and a difference shows.
+// Registry trees as one text, a line per key and value, so that a case
+// states what it expects in a table and a difference shows.
 #pragma once
 
 #include <doctest/doctest.h>
 
-#include <stdio.h>
-
 #include <map>
 #include <string>
 
+#include "private_key.h"
+#include "temp_dir.h"
 #include "wide_text.h"
 #include "zor_reg.h"
-
-inline void write_file(const std::wstring& name, const std::string& bytes)
-{
-    FILE* file = _wfopen(name.c_str(), L"wb");
-    REQUIRE(file);
-    fwrite(bytes.data(), 1, bytes.size(), file);
-    fclose(file);
-}
-
-inline std::string read_file(const std::wstring& name)
-{
-    std::string bytes;
-    if (FILE* file = _wfopen(name.c_str(), L"rb")) {
-        for (int c; (c = fgetc(file)) != EOF;)
-            bytes += char(c);
-        fclose(file);
-    }
-    return bytes;
-}
 
 inline std::string narrow(const std::wstring& text)
 {
     return std::string(text.begin(), text.end());
+}
+
+inline std::wstring widen(const std::string& text)
+{
+    return std::wstring(text.begin(), text.end());
+}
+
+// A private key under HKEY_CURRENT_USER as the text files name it.
+inline std::string hkcu(const PrivateKey& pk)
+{
+    return "HKEY_CURRENT_USER\\" + narrow(pk.path());
+}
+
+// A file's text with each "@" standing for a private key's path.
+inline std::string with_key(const std::string& text, const std::string& path)
+{
+    std::string out;
+    for (char c : text)
+        out += c == '@' ? path : std::string(1, c);
+    return out;
 }
 
 // "path = key" and "path|name = type:data", paths relative to the tree's
@@ -43,13 +44,13 @@ using RegModel = std::map<std::wstring, std::wstring>;
 inline std::wstring describe_value(uint32_t type, const void* data, uint32_t size)
 {
     std::wstring shown = std::to_wstring(type) + L":";
+    auto bytes = static_cast<const uint8_t*>(data);
     if ((type == REG_SZ || type == REG_EXPAND_SZ) && size % 2 == 0 && size > 0) {
         std::wstring text(static_cast<const wchar_t*>(data), size / 2);
         return shown + (text.back() ? text + L"(open)" : text.substr(0, text.size() - 1));
     }
     for (uint32_t i = 0; i < size; ++i)
-        shown += {L"0123456789abcdef"[static_cast<const uint8_t*>(data)[i] >> 4],
-                  L"0123456789abcdef"[static_cast<const uint8_t*>(data)[i] & 15]};
+        shown += {L"0123456789abcdef"[bytes[i] >> 4], L"0123456789abcdef"[bytes[i] & 15]};
     return shown;
 }
 

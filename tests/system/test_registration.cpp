@@ -4,26 +4,9 @@
 #include <vector>
 
 #include "alloc_check.h"
-#include "private_key.h"
 #include "system_test_support.h"
-#include "temp_dir.h"
 
 namespace {
-
-// Environment variables for the scope; the started tools inherit them.
-struct Environment {
-    std::vector<std::wstring> names;
-    void set(const std::wstring& name, const std::wstring& value)
-    {
-        SetEnvironmentVariableW(name.c_str(), value.c_str());
-        names.push_back(name);
-    }
-    ~Environment()
-    {
-        for (const std::wstring& name : names)
-            SetEnvironmentVariableW(name.c_str(), nullptr);
-    }
-};
 
 // The stand-in's lines in the order the tools were started, without the
 // creation times that put them in that order.
@@ -33,7 +16,7 @@ std::string tool_lines(const TempDir& logs)
     WIN32_FIND_DATAW found;
     HANDLE walk = FindFirstFileW(logs.file(L"*.txt").c_str(), &found);
     for (bool more = walk != INVALID_HANDLE_VALUE; more; more = FindNextFileW(walk, &found))
-        lines.push_back(read_file(logs.file(found.cFileName)));
+        lines.push_back(read_bytes(logs.file(found.cFileName)));
     FindClose(walk);
     std::sort(lines.begin(), lines.end());
     std::string joined;
@@ -52,7 +35,7 @@ void replace_file(const std::wstring& name, const std::wstring& source)
     for (int tries = 0; tries < 500 && !gone(); ++tries)
         Sleep(20);
     if (source.empty())
-        write_file(name, "no program");
+        write_bytes(name, "no program");
     else
         REQUIRE(CopyFileW(source.c_str(), name.c_str(), TRUE));
 }
@@ -70,10 +53,12 @@ TEST_CASE("registration starts the tool for each file in order, unquoted, withou
     const std::wstring suffix = std::to_wstring(GetCurrentProcessId());
     HANDLE gate = CreateEventW(nullptr, TRUE, FALSE, (L"zor-gate-" + suffix).c_str());
     HANDLE done = CreateSemaphoreW(nullptr, 0, 100, (L"zor-done-" + suffix).c_str());
-    Environment env;
-    env.set(L"ZOR_STANDIN_LOG", logs.path());
-    env.set(L"ZOR_STANDIN_GATE", L"zor-gate-" + suffix);
-    env.set(L"ZOR_STANDIN_DONE", L"zor-done-" + suffix);
+    // The started tools inherit these; no other test reads them.
+    const std::wstring environment[][2] = {{L"ZOR_STANDIN_LOG", logs.path()},
+                                           {L"ZOR_STANDIN_GATE", L"zor-gate-" + suffix},
+                                           {L"ZOR_STANDIN_DONE", L"zor-done-" + suffix}};
+    for (const auto& variable : environment)
+        SetEnvironmentVariableW(variable[0].c_str(), variable[1].c_str());
 
     const ZOROCXRegisterArgs calls[] = {
         {0, 0, {L"a.ocx"}}, {1, 0, {L"b.ocx"}}, {0, 1, {L"with blank.ocx"}},
@@ -98,6 +83,8 @@ TEST_CASE("registration starts the tool for each file in order, unquoted, withou
     CHECK(zor_alloc_probe::requests() == requests + 1);
     CloseHandle(gate);
     CloseHandle(done);
+    for (const auto& variable : environment)
+        SetEnvironmentVariableW(variable[0].c_str(), nullptr);
 }
 
 TEST_CASE("update files and UpdateRegistry write texts under HKEY_LOCAL_MACHINE only")
@@ -105,14 +92,8 @@ TEST_CASE("update files and UpdateRegistry write texts under HKEY_LOCAL_MACHINE 
     PrivateKey pk(HKEY_LOCAL_MACHINE, L"SOFTWARE");
     TempDir dir;
     const std::wstring file = dir.file(L"update.txt");
-    const std::string path = narrow(pk.path()), name = path.substr(9);
-    // "@" is the private key below the root, "#" the same below SOFTWARE.
-    auto expand = [&](const std::string& text) {
-        std::string out;
-        for (char c : text)
-            out += c == '@' ? path : c == '#' ? name : std::string(1, c);
-        return out;
-    };
+    // "@" is the private key's path, which starts with "SOFTWARE\".
+    const std::string path = narrow(pk.path());
     const std::string n97(97, 'n'), n98(98, 'n'), l1000(1000, 'l');
     const std::string deep = "[X\\@\\" + std::string(255 - path.size(), 'k') + "]\n";
     const struct {
@@ -128,7 +109,8 @@ TEST_CASE("update files and UpdateRegistry write texts under HKEY_LOCAL_MACHINE 
          L"\\a = key\n\\a|x = 1:1\n"},
         {"[X\\@\\a]\n\"" + n97 + "\"=\"1\"\n\"" + n98 + "\"=\"2\"\n", ERROR_INVALID_DATA,
          L"\\a = key\n\\a|" + std::wstring(97, L'n') + L" = 1:1\n"},
-        {"[X\\ELSEWHERE\\#\\a]\n\"x\"=\"1\"\n", ERROR_FILE_NOT_FOUND, L"\\a = key\n"},
+        {"[X\\ELSEWHERE\\" + path.substr(9) + "\\a]\n\"x\"=\"1\"\n", ERROR_FILE_NOT_FOUND,
+         L"\\a = key\n"},
         {"[X\\@\\a]\nno equals\n", ERROR_INVALID_DATA, L"\\a = key\n"},
         {"[X\\@\\a]\nx=\"1\"\n", ERROR_INVALID_DATA, L"\\a = key\n"},
         {"[X\\@\\a]\n\"x\"=\n", ERROR_INVALID_DATA, L"\\a = key\n"},
@@ -139,7 +121,7 @@ TEST_CASE("update files and UpdateRegistry write texts under HKEY_LOCAL_MACHINE 
     };
     for (const auto& row : rows) {
         CAPTURE(row.text);
-        write_file(file, expand(row.text));
+        write_bytes(file, with_key(row.text, path));
         CHECK(UpdateRegistryWithFile(file.c_str()) == row.rc);
         CHECK(tree_of(pk.key(), L"") == L" = key\n" + row.tree);
         for (const wchar_t* key : {L"\\a", L"\\b"})

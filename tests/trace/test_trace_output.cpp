@@ -1,9 +1,6 @@
 #include "alloc_check.h"
-#include "dll_image.h"
 #include "locale_scope.h"
-#include "private_key.h"
 #include "trace_fixture.h"
-#include "trace_listeners.h"
 
 namespace {
 
@@ -15,17 +12,6 @@ std::string repeat(const std::string& piece, int times)
     return text;
 }
 
-// The lines of the trace file with their prefix checked and taken off.
-std::vector<std::string> texts(const OwnTrace& t, char letter)
-{
-    std::vector<std::string> lines = file_lines(t.obj.szFile);
-    for (std::string& line : lines) {
-        CHECK(has_prefix(line, letter));
-        line = line.substr(18);
-    }
-    return lines;
-}
-
 }
 
 TEST_CASE("plain lines: prefix, texts, cuts and the tests before formatting")
@@ -34,7 +20,6 @@ TEST_CASE("plain lines: prefix, texts, cuts and the tests before formatting")
     OwnTrace t;
     t.to_file(dir.path(), L"out");
     t.obj.dwLevelMask = 2;
-
     Trace(&t.obj, 2, L"abc", L"def");
     Trace(&t.obj, 2, nullptr, nullptr);
     Trace(&t.obj, 2, L"abc", nullptr);
@@ -44,29 +29,26 @@ TEST_CASE("plain lines: prefix, texts, cuts and the tests before formatting")
     TraceVAF(&t.obj, 2, 300, L"facility %u", 300u);
     EnableTrace(&t.obj, 9, 0);
     TraceVAF(&t.obj, 2, 9, L"not this facility");
-    CHECK(texts(t, 'I') == std::vector<std::string>{"abc def", "", "abc", " def", "42-x",
-                                                     "facility 300"});
+    CHECK(file_texts(t.obj.szFile, 'I') ==
+          std::vector<std::string>{"abc def", "", "abc", " def", "42-x", "facility 300"});
 
     // Trace tests no level: with mask 0 the line still goes out, and a
-    // level beyond the table prints as "?".
+    // level beyond the table prints as "?". Long texts are cut at 2047
+    // units, prefix included.
     DeleteFileW(t.obj.szFile);
     t.obj.dwLevelMask = 0;
     Trace(&t.obj, 5, L"always", nullptr);
     Trace(&t.obj, 9, L"unknown", nullptr);
-    std::vector<std::string> lines = file_lines(t.obj.szFile);
-    REQUIRE(lines.size() == 2);
-    CHECK(has_prefix(lines[0], 'A'));
-    CHECK(has_prefix(lines[1], '?'));
-    CHECK(std::wstring(t.obj.szLastFile) == std::wstring(t.obj.szFile));
-
-    // Long texts are cut at 2047 units, prefix included.
-    DeleteFileW(t.obj.szFile);
     t.obj.dwLevelMask = 1;
     std::wstring long_text(3000, L'z');
     TraceVA(&t.obj, 1, L"%s", long_text.c_str());
     Trace(&t.obj, 1, L"a", long_text.c_str());
-    CHECK(texts(t, 'D') == std::vector<std::string>{std::string(2029, 'z'),
-                                                     "a " + std::string(2027, 'z')});
+    std::vector<std::string> lines = file_lines(t.obj.szFile);
+    REQUIRE(lines.size() == 4);
+    CHECK(has_prefix(lines[0], 'A'));
+    CHECK(has_prefix(lines[1], '?'));
+    CHECK(lines[2].substr(17) == " " + std::string(2029, 'z'));
+    CHECK(lines[3].substr(17) == " a " + std::string(2027, 'z'));
 }
 
 TEST_CASE("the file sink: locale, a new day, a deleted file and the limit")
@@ -78,16 +60,15 @@ TEST_CASE("the file sink: locale, a new day, a deleted file and the limit")
         RuntimeLocale western(L".1252");
         Trace(&t.obj, 1, L"caf\u00e9 \u20ac \u4e2d end", nullptr);
     }
-    CHECK(texts(t, 'D') == std::vector<std::string>{"caf\xE9 \x80 ? end"});
-
+    CHECK(file_texts(t.obj.szFile, 'D') == std::vector<std::string>{"caf\xE9 \x80 ? end"});
     DeleteFileW(t.obj.szFile);
     Trace(&t.obj, 1, L"anew", nullptr);
-    CHECK(texts(t, 'D') == std::vector<std::string>{"anew"});
+    CHECK(file_texts(t.obj.szFile, 'D') == std::vector<std::string>{"anew"});
 
     // The first line of a day goes to the day before's file; the check that
     // follows names and creates today's.
-    std::wstring today = t.obj.szFile;
-    std::wstring yesterday = std::wstring(t.obj.szBaseName) + date_back(1) + L".log";
+    const std::wstring today = t.obj.szFile;
+    const std::wstring yesterday = std::wstring(t.obj.szBaseName) + date_back(1) + L".log";
     DeleteFileW(today.c_str());
     wcscpy(t.obj.szFile, yesterday.c_str());
     wcscpy(t.obj.szLastFile, yesterday.c_str());
@@ -95,8 +76,8 @@ TEST_CASE("the file sink: locale, a new day, a deleted file and the limit")
     CHECK(file_lines(yesterday).size() == 1);
     CHECK(std::wstring(t.obj.szFile) == today);
     CHECK(std::wstring(t.obj.szLastFile) == today);
-    CHECK(read_bytes(today).empty());
     CHECK(file_exists(today));
+    CHECK(read_bytes(today).empty());
 
     // A line that passes the limit is written first and survives the cut.
     t.obj.nSizeKB = 1;
@@ -116,7 +97,6 @@ TEST_CASE("dumps: headers, body lines and what they leave out")
     t.obj.dwLevelMask = 2;
     t.obj.bMailslot = 1;
     wcscpy(t.obj.szMailslot, L"\\\\.\\mailslot\\nobody-listens");
-
     std::wstring text;
     for (int i = 0; i < 61; ++i)
         text += static_cast<wchar_t>(L'A' + i % 26);
@@ -132,10 +112,11 @@ TEST_CASE("dumps: headers, body lines and what they leave out")
     TraceHexF(&t.obj, 2, 4, L"off", bytes, 4);
     TraceAsciiF(&t.obj, 2, 4, L"off", text.c_str(), 4);
     TraceHex(&t.obj, 1, L"level", bytes, 4);
+    // A title too long for the line area is cut.
+    TraceHex(&t.obj, 2, std::wstring(3000, L't').c_str(), bytes, 0);
 
-    std::string ascii(text.begin(), text.end());
-    std::vector<std::string> lines = file_lines(t.obj.szFile);
-    std::vector<std::string> expected = {
+    const std::string ascii(text.begin(), text.end());
+    const std::vector<std::string> expected = {
         "ASCII Dump: txt (61 Chars)",
         ascii.substr(0, 60),
         ascii.substr(60),
@@ -148,7 +129,9 @@ TEST_CASE("dumps: headers, body lines and what they leave out")
         "HEX Dump: odd (33 Bytes)",
         "41 00 7F FF 20 " + repeat("00 ", 27) + "     A___ " + repeat("_", 27),
         "00 " + repeat("-- ", 31) + "     _",
+        "HEX Dump: " + std::string(2047 - 28, 't'),
     };
+    std::vector<std::string> lines = file_lines(t.obj.szFile);
     REQUIRE(lines.size() == expected.size());
     for (size_t i = 0; i < lines.size(); ++i) {
         bool header = expected[i].find("Dump: ") != std::string::npos;
@@ -157,14 +140,6 @@ TEST_CASE("dumps: headers, body lines and what they leave out")
         CHECK((header ? lines[i].substr(18) : lines[i]) == expected[i]);
     }
     CHECK(hTraceMailslot == INVALID_HANDLE_VALUE);
-
-    // A title too long for the line area is cut.
-    DeleteFileW(t.obj.szFile);
-    std::wstring title(3000, L't');
-    TraceHex(&t.obj, 2, title.c_str(), bytes, 0);
-    lines = file_lines(t.obj.szFile);
-    REQUIRE(lines.size() == 1);
-    CHECK(lines[0].size() == 2047);
 }
 
 TEST_CASE("a dump's event holds its header and 99 body lines")
@@ -178,24 +153,22 @@ TEST_CASE("a dump's event holds its header and 99 body lines")
         return line.compare(0, 3, digits) == 0;
     };
     // The nth block failing drops one line; the next ones move up.
-    struct Row {
+    const struct {
         long failing;
         bool header_kept;
         int body_at_49; // 1-based body line in place 49
         int body_at_99;
-    };
-    const Row rows[] = {{0, true, 49, 99}, {1, false, 50, 100}, {50, true, 50, 100}};
-    for (const Row& row : rows) {
+    } rows[] = {{0, true, 49, 99}, {1, false, 50, 100}, {50, true, 50, 100}};
+    for (const auto& row : rows) {
         NoLeak no_leak;
         TraceEventStrings events = {};
-        TraceDumpSinks sinks = {nullptr, 0, &events};
         zor_alloc_probe::fail_nth(row.failing);
-        TraceWriteDump(sinks, TraceDumpKind::Hex, L"P ", L"big", data.data(), 3200);
+        TraceWriteDump({nullptr, 0, &events}, TraceDumpKind::Hex, L"P ", L"big", data.data(), 3200);
         zor_alloc_probe::fail_nth(0);
         CAPTURE(row.failing);
         REQUIRE(events.count == 100);
-        std::wstring first = events.items[0];
-        CHECK((first == L"P HEX Dump: big (3200 Bytes)\n") == row.header_kept);
+        CHECK((std::wstring(events.items[0]) == L"P HEX Dump: big (3200 Bytes)\n") ==
+              row.header_kept);
         CHECK(starts_with_byte(events.items[49], (row.body_at_49 - 1) * 32));
         CHECK(starts_with_byte(events.items[99], (row.body_at_99 - 1) * 32));
         CHECK(std::wstring(events.items[99]).size() == 134);
@@ -218,32 +191,4 @@ TEST_CASE("a dump's event holds its header and 99 body lines")
     }
     CHECK(file_lines(t.obj.szFile).size() == 102);
     CHECK(t.obj.bEventLog == 1);
-}
-
-TEST_CASE("the event source is entered under the local machine")
-{
-    OwnTrace t;
-    std::wstring source = L"zortrace" + std::to_wstring(GetCurrentProcessId());
-    std::wstring key = L"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\" + source;
-    wcscpy(t.obj.szEventSource, source.c_str());
-    t.obj.bEventLog = 1;
-    TraceRegisterSource(&t.obj);
-    CHECK(t.obj.bEventLog == 1);
-    wchar_t file[100] = {};
-    DWORD size = sizeof file, type = 0, types = 0;
-    CHECK(RegGetValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"EventMessageFile", RRF_RT_ANY |
-                       RRF_NOEXPAND, &type, file, &size) == ERROR_SUCCESS);
-    CHECK(type == REG_EXPAND_SZ);
-    CHECK(std::wstring(file) == L"%SystemRoot%\\System\\" + source + L".msg");
-    size = sizeof types;
-    CHECK(RegGetValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"TypesSupported", RRF_RT_REG_DWORD,
-                       &type, &types, &size) == ERROR_SUCCESS);
-    CHECK(types == 7);
-    PrivateKey::delete_tree(HKEY_LOCAL_MACHINE, key);
-}
-
-TEST_CASE("the DLL exports the output functions")
-{
-    CHECK(missing_exports({"Trace", "TraceVA", "TraceVAF", "TraceAscii", "TraceAsciiF", "TraceHex",
-                           "TraceHexF"}) == "");
 }

@@ -6,11 +6,6 @@ namespace {
 constexpr int kThreads = 4;
 constexpr int kLines = 500;
 
-struct Writer {
-    TraceObject* obj;
-    int id;
-};
-
 std::wstring line_text(int id, int index)
 {
     wchar_t text[64];
@@ -18,35 +13,23 @@ std::wstring line_text(int id, int index)
     return text;
 }
 
-DWORD WINAPI write_lines(void* arg)
+DWORD WINAPI write_lines(void* obj)
 {
-    auto* writer = static_cast<Writer*>(arg);
+    static volatile LONG next_id = 0;
+    const int id = InterlockedIncrement(&next_id) % kThreads;
     for (int i = 0; i < kLines; ++i)
-        Trace(writer->obj, 3, line_text(writer->id, i).c_str(), nullptr);
+        Trace(static_cast<TraceObject*>(obj), 3, line_text(id, i).c_str(), nullptr);
     return 0;
 }
 
-void run_writers(TraceObject* obj)
+void run_writers(TraceObject& obj)
 {
-    Writer writers[kThreads];
     HANDLE threads[kThreads];
-    for (int k = 0; k < kThreads; ++k) {
-        writers[k] = {obj, k};
-        threads[k] = CreateThread(nullptr, 0, write_lines, &writers[k], 0, nullptr);
-        REQUIRE(threads[k] != nullptr);
-    }
+    for (HANDLE& thread : threads)
+        REQUIRE((thread = CreateThread(nullptr, 0, write_lines, &obj, 0, nullptr)) != nullptr);
     WaitForMultipleObjects(kThreads, threads, TRUE, INFINITE);
     for (HANDLE thread : threads)
         CloseHandle(thread);
-}
-
-template <class Text>
-std::string fault(const char* what, const Text& line)
-{
-    std::string shown = what;
-    for (auto unit : line)
-        shown += static_cast<char>(unit);
-    return shown;
 }
 
 // Empty when every line is whole and each thread's lines stand in their
@@ -59,12 +42,13 @@ std::string verify(const std::vector<Text>& lines, bool complete)
     for (const Text& line : lines) {
         std::wstring text(line.begin(), line.end());
         int id = -1, index = -1;
-        if (!has_prefix(text, 'W') ||
-            swscanf(text.c_str() + 18, L"thread %d line %d", &id, &index) != 2 || id < 0 ||
-            id >= kThreads || text.compare(18, std::wstring::npos, line_text(id, index)) != 0)
-            return fault("broken line: ", line);
-        if (index < next[id] || (complete && index != next[id]))
-            return fault("out of order: ", line);
+        bool whole = has_prefix(text, 'W') &&
+                     swscanf(text.c_str() + 18, L"thread %d line %d", &id, &index) == 2 &&
+                     id >= 0 && id < kThreads &&
+                     text.compare(18, std::wstring::npos, line_text(id, index)) == 0;
+        if (!whole || index < next[id] || (complete && index != next[id]))
+            return std::string(whole ? "out of order: " : "broken line: ")
+                .append(line.begin(), line.end());
         next[id] = index + 1;
     }
     for (int count : next)
@@ -73,27 +57,6 @@ std::string verify(const std::vector<Text>& lines, bool complete)
     return "";
 }
 
-// The debug and mailslot sinks of an object switched on, with a listener
-// at each.
-struct Listening {
-    explicit Listening(OwnTrace& t)
-    {
-        t.obj.bDebug = 1;
-        t.obj.bMailslot = 1;
-        hTraceMailslot = INVALID_HANDLE_VALUE;
-        wcscpy(t.obj.szMailslot, slot.name().c_str());
-    }
-    void finish(std::vector<std::wstring>& messages, std::vector<std::string>& debug)
-    {
-        messages = slot.finish();
-        debug = monitor.finish();
-        CloseHandle(hTraceMailslot);
-        hTraceMailslot = INVALID_HANDLE_VALUE;
-    }
-    MailslotReader slot;
-    DebugMonitor monitor;
-};
-
 }
 
 TEST_CASE("debug output and mailslot messages, and a mailslot opened anew")
@@ -101,8 +64,7 @@ TEST_CASE("debug output and mailslot messages, and a mailslot opened anew")
     TempDir dir(true);
     OwnTrace t;
     t.obj.dwLevelMask = 31;
-    Listening listening(t);
-
+    Listening listening(t.obj);
     Trace(&t.obj, 3, L"first", nullptr);
     // A handle that can't be written to stands in for a slot whose reader
     // went away: that line is lost and the next one opens the slot again.
@@ -114,24 +76,21 @@ TEST_CASE("debug output and mailslot messages, and a mailslot opened anew")
     bool reset = hTraceMailslot == INVALID_HANDLE_VALUE;
     Trace(&t.obj, 3, L"again", nullptr);
     TraceAscii(&t.obj, 3, L"d", L"xyz", 3);
-
-    std::vector<std::wstring> messages;
-    std::vector<std::string> debug;
-    listening.finish(messages, debug);
+    listening.finish();
 
     CHECK(reset);
-    REQUIRE(messages.size() == 2);
-    CHECK(messages[0].substr(18) == std::wstring(L"first") + L'\0');
-    CHECK(messages[1].substr(18) == std::wstring(L"again") + L'\0');
-    CHECK(has_prefix(messages[1], 'W'));
-    REQUIRE(debug.size() == 10);
-    const char* texts[] = {"first", "lost", "again", "ASCII Dump: d (3 Chars)"};
-    for (int i = 0; i < 4; ++i) {
-        CHECK(has_prefix(debug[2 * i], 'W'));
-        CHECK(debug[2 * i].substr(18) == texts[i]);
-        CHECK(debug[2 * i + 1] == "\n");
-    }
-    CHECK(debug[8] == "xyz");
+    // The texts behind the prefix; what has no prefix as it is.
+    auto texts = [](const std::vector<std::wstring>& lines) {
+        std::vector<std::wstring> out;
+        for (const std::wstring& line : lines)
+            out.push_back(has_prefix(line, 'W') ? line.substr(18) : line);
+        return out;
+    };
+    CHECK(texts(listening.messages) ==
+          std::vector<std::wstring>{std::wstring(L"first", 6), std::wstring(L"again", 6)});
+    CHECK(texts(listening.debug) ==
+          std::vector<std::wstring>{L"first", L"\n", L"lost", L"\n", L"again", L"\n",
+                                    L"ASCII Dump: d (3 Chars)", L"\n", L"xyz", L"\n"});
 }
 
 TEST_CASE("four threads: each line once and whole in every sink, in each thread's order")
@@ -139,34 +98,29 @@ TEST_CASE("four threads: each line once and whole in every sink, in each thread'
     TempDir dir(true);
     OwnTrace t;
     t.to_file(dir.path(), L"mt");
-    Listening listening(t);
-    run_writers(&t.obj);
-    std::vector<std::wstring> messages;
-    std::vector<std::string> debug;
-    listening.finish(messages, debug);
-
+    Listening listening(t.obj);
+    run_writers(t.obj);
+    listening.finish();
     CHECK(verify(file_lines(t.obj.szFile), true) == "");
-    for (std::wstring& message : messages) {
+    std::vector<std::wstring> messages, debug;
+    for (const std::wstring& message : listening.messages) {
         CHECK(message.back() == L'\0');
-        message.pop_back();
+        messages.push_back(message.substr(0, message.size() - 1));
     }
     CHECK(verify(messages, true) == "");
-    REQUIRE(debug.size() == 2 * kThreads * kLines);
-    std::vector<std::string> debug_lines;
-    for (size_t i = 0; i < debug.size(); i += 2) {
-        debug_lines.push_back(debug[i]);
-        CHECK(debug[i + 1] == "\n");
+    for (size_t i = 0; i < listening.debug.size(); i += 2) {
+        debug.push_back(listening.debug[i]);
+        CHECK(listening.debug[i + 1] == L"\n");
     }
-    CHECK(verify(debug_lines, true) == "");
+    CHECK(verify(debug, true) == "");
 
     // With a limit of 1 KiB the file is cut again and again while the other
     // threads wait: it stays below the limit plus a line, and only its first
     // line may be a fragment.
     t.to_file(dir.path(), L"small");
-    t.obj.bDebug = 0;
-    t.obj.bMailslot = 0;
+    t.obj.bDebug = t.obj.bMailslot = 0;
     t.obj.nSizeKB = 1;
-    run_writers(&t.obj);
+    run_writers(t.obj);
     CHECK(t.obj.bFile == 1);
     std::vector<std::string> lines = file_lines(t.obj.szFile);
     REQUIRE(lines.size() > 2);

@@ -4,8 +4,8 @@
 
 #include <doctest/doctest.h>
 
-#include <stdio.h>
 #include <string.h>
+#include <wctype.h>
 
 #include <string>
 #include <vector>
@@ -30,6 +30,12 @@ struct OwnTrace {
     OwnTrace(const OwnTrace&) = delete;
     OwnTrace& operator=(const OwnTrace&) = delete;
 
+    // Directory (with its separator) and stem of the daily files.
+    void place(const std::wstring& dir, const std::wstring& stem)
+    {
+        wcscpy(obj.szPath, (dir + L"\\").c_str());
+        wcscpy(obj.szBaseName, (dir + L"\\" + stem).c_str());
+    }
     // The file sink on today's file of `stem` in `dir`, as after a check.
     void to_file(const std::wstring& dir, const std::wstring& stem)
     {
@@ -38,56 +44,21 @@ struct OwnTrace {
         wcscpy(obj.szLastFile, obj.szFile);
         obj.bFile = 1;
     }
-
-    // Directory (with its separator) and stem of the daily files.
-    void place(const std::wstring& dir, const std::wstring& stem)
-    {
-        wcscpy(obj.szPath, (dir + L"\\").c_str());
-        wcscpy(obj.szBaseName, (dir + L"\\" + stem).c_str());
-    }
 };
 
-// The local date `days_back` days ago as yyyymmdd, through the system's own
-// calendar.
+// The local date `days_back` days ago as yyyymmdd, counted on the local
+// clock's own ticks so that a change of summer time doesn't move it.
 inline std::wstring date_back(int days_back)
 {
-    SYSTEMTIME now;
+    SYSTEMTIME now, then;
     GetLocalTime(&now);
-    FILETIME stamp;
-    SystemTimeToFileTime(&now, &stamp);
     ULARGE_INTEGER ticks;
-    ticks.LowPart = stamp.dwLowDateTime;
-    ticks.HighPart = stamp.dwHighDateTime;
-    ticks.QuadPart -= static_cast<unsigned long long>(days_back) * 864000000000ull;
-    stamp.dwLowDateTime = ticks.LowPart;
-    stamp.dwHighDateTime = ticks.HighPart;
-    SYSTEMTIME then;
-    FileTimeToSystemTime(&stamp, &then);
+    SystemTimeToFileTime(&now, reinterpret_cast<FILETIME*>(&ticks));
+    ticks.QuadPart -= days_back * 864000000000ull;
+    FileTimeToSystemTime(reinterpret_cast<FILETIME*>(&ticks), &then);
     wchar_t text[16];
     swprintf(text, 16, L"%04u%02u%02u", then.wYear, then.wMonth, then.wDay);
     return text;
-}
-
-inline void write_bytes(const std::wstring& name, const std::string& bytes)
-{
-    FILE* file = _wfopen(name.c_str(), L"wb");
-    REQUIRE(file != nullptr);
-    fwrite(bytes.data(), 1, bytes.size(), file);
-    fclose(file);
-}
-
-inline std::string read_bytes(const std::wstring& name)
-{
-    std::string bytes;
-    FILE* file = _wfopen(name.c_str(), L"rb");
-    if (!file)
-        return bytes;
-    char chunk[65536];
-    size_t got;
-    while ((got = fread(chunk, 1, sizeof chunk, file)) > 0)
-        bytes.append(chunk, got);
-    fclose(file);
-    return bytes;
 }
 
 inline bool file_exists(const std::wstring& name)
@@ -95,17 +66,14 @@ inline bool file_exists(const std::wstring& name)
     return GetFileAttributesW(name.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-// Names in a directory that match a pattern such as L"TRA*.tmp".
+// How many names in `dir` match a pattern such as L"TRA*.tmp".
 inline int count_files(const std::wstring& dir, const wchar_t* pattern)
 {
     WIN32_FIND_DATAW found;
     HANDLE walk = FindFirstFileW((dir + L"\\" + pattern).c_str(), &found);
-    if (walk == INVALID_HANDLE_VALUE)
-        return 0;
     int count = 0;
-    do
+    for (bool more = walk != INVALID_HANDLE_VALUE; more; more = FindNextFileW(walk, &found))
         ++count;
-    while (FindNextFileW(walk, &found));
     FindClose(walk);
     return count;
 }
@@ -131,21 +99,30 @@ inline std::vector<std::string> file_lines(const std::wstring& name)
     return lines;
 }
 
-// The 18 units that stand before each line's text, with `letter` and
-// today's date (day, month, two-digit year); time digits are only counted.
+// The 18 units that stand before each line's text: `letter`, today's date
+// day first with a two-digit year, and the time, whose digits are only
+// counted.
 template <class Text>
 bool has_prefix(const Text& line, char letter)
 {
-    if (line.size() < 18 || line[0] != static_cast<typename Text::value_type>(letter) ||
-        line[7] != ' ' || line[17] != ' ')
-        return false;
-    std::wstring today = date_back(0);
-    std::wstring day_first = today.substr(6, 2) + today.substr(4, 2) + today.substr(2, 2);
-    for (int i = 0; i < 6; ++i)
-        if (line[1 + i] != static_cast<typename Text::value_type>(day_first[i]))
+    const std::wstring today = date_back(0);
+    const std::wstring shape = wchar_t(letter) + today.substr(6, 2) + today.substr(4, 2) +
+                               today.substr(2, 2) + L" ######### ";
+    for (size_t i = 0; i < shape.size(); ++i) {
+        wchar_t unit = i < line.size() ? wchar_t(line[i]) : 0;
+        if (shape[i] == L'#' ? !iswdigit(unit) : unit != shape[i])
             return false;
-    for (int i = 8; i < 17; ++i)
-        if (line[i] < '0' || line[i] > '9')
-            return false;
+    }
     return true;
+}
+
+// The lines of a trace file with their prefix checked and taken off.
+inline std::vector<std::string> file_texts(const std::wstring& name, char letter)
+{
+    std::vector<std::string> lines = file_lines(name);
+    for (std::string& line : lines) {
+        CHECK(has_prefix(line, letter));
+        line = line.substr(18);
+    }
+    return lines;
 }

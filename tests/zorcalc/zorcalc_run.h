@@ -5,17 +5,11 @@
 #include <string>
 #include <vector>
 
-struct Outcome {
-    int status = -1;
-    std::string out; // UTF-8 as written
-    std::string err;
-};
+#include "child_process.h"
 
 // `args` go to the program as they are; `input` is its standard input, which
 // is closed behind it.
 Outcome run_zorcalc(const std::vector<std::wstring>& args, const std::string& input = "");
-// Another program beside the test, such as zormsg.exe.
-Outcome run_program(const wchar_t* name, const std::vector<std::wstring>& args, const std::string& input = "");
 
 // A sheet of tests/zorcalc/sheets.
 std::wstring sheet(const wchar_t* name);
