@@ -18,7 +18,7 @@ constexpr int64_t kCountCap = int64_t(1) << 40;
 enum class ArgSize { normal, wide64 };
 enum class TextWidth { native, narrow, wide };
 
-struct Spec {
+struct Field {
     int64_t flags = 0;
     int64_t width = 0;
     int64_t precision = 0;
@@ -56,7 +56,7 @@ bool starts(const U* p, const char* word)
 }
 
 template <class U>
-void read_size(const U*& p, Spec& spec)
+void read_size(const U*& p, Field& field)
 {
     struct Modifier { const char* text; ArgSize size; TextWidth width; };
     static const Modifier modifiers[] = {
@@ -70,8 +70,8 @@ void read_size(const U*& p, Spec& spec)
     for (const Modifier& m : modifiers)
         if (starts(p, m.text)) {
             p += strlen(m.text);
-            spec.size = m.size;
-            spec.text = m.width;
+            field.size = m.size;
+            field.text = m.width;
             return;
         }
 }
@@ -79,35 +79,35 @@ void read_size(const U*& p, Spec& spec)
 int64_t at_least(int64_t a, int64_t b) { return a > b ? a : b; }
 
 template <class U>
-bool text_is_narrow(const Spec& spec, bool swapped)
+bool text_is_narrow(const Field& field, bool swapped)
 {
-    if (spec.text != TextWidth::native)
-        return spec.text == TextWidth::narrow;
+    if (field.text != TextWidth::native)
+        return field.text == TextWidth::narrow;
     return (sizeof(U) == 1) != swapped;
 }
 
 template <class U>
-int64_t text_room(const Spec& spec, bool swapped, va_list& walk)
+int64_t text_room(const Field& field, bool swapped, va_list& walk)
 {
     const void* text = va_arg(walk, const void*);
-    if (spec.hasPrecision && spec.precision != 0)
-        return spec.span();
+    if (field.hasPrecision && field.precision != 0)
+        return field.span();
     if (!text)
-        return at_least(spec.span(), 6);
-    size_t n = text_is_narrow<U>(spec, swapped) ? strlen(static_cast<const char*>(text))
+        return at_least(field.span(), 6);
+    size_t n = text_is_narrow<U>(field, swapped) ? strlen(static_cast<const char*>(text))
                                                 : wcslen(static_cast<const wchar_t*>(text));
-    return at_least(spec.span(), int64_t(n));
+    return at_least(field.span(), int64_t(n));
 }
 
-int64_t fixed_room(const Spec& spec, double value)
+int64_t fixed_room(const Field& field, double value)
 {
-    int64_t room = at_least(fabs(value) > 1e6 ? 317 : 15, spec.width + 2);
-    return spec.precision != 0 ? room + spec.precision - 6 : room;
+    int64_t room = at_least(fabs(value) > 1e6 ? 317 : 15, field.width + 2);
+    return field.precision != 0 ? room + field.precision - 6 : room;
 }
 
-void skip_integer(const Spec& spec, va_list& walk)
+void skip_integer(const Field& field, va_list& walk)
 {
-    if (spec.size == ArgSize::wide64)
+    if (field.size == ArgSize::wide64)
         (void)va_arg(walk, long long);
     else
         (void)va_arg(walk, int);
@@ -115,35 +115,35 @@ void skip_integer(const Spec& spec, va_list& walk)
 
 // Room for one conversion, its argument slots taken from `walk`.
 template <class U>
-int64_t conversion_room(U conversion, const Spec& spec, va_list& walk)
+int64_t conversion_room(U conversion, const Field& field, va_list& walk)
 {
     switch (conversion) {
     case '%':
-        return at_least(spec.width, 1);
+        return at_least(field.width, 1);
     case 'c':
     case 'C':
         (void)va_arg(walk, int);
-        return at_least(spec.width, 1);
+        return at_least(field.width, 1);
     case 'd': case 'i': case 'u': case 'x': case 'X':
-        skip_integer(spec, walk);
-        return at_least(spec.span(), 23);
+        skip_integer(field, walk);
+        return at_least(field.span(), 23);
     case 'o':
-        skip_integer(spec, walk);
+        skip_integer(field, walk);
         return 0;
     case 'a': case 'A':
         (void)va_arg(walk, double);
-        return at_least(spec.span(), 23);
+        return at_least(field.span(), 23);
     case 'e': case 'E': case 'g': case 'G':
         (void)va_arg(walk, double);
-        return at_least(spec.span(), 13);
+        return at_least(field.span(), 13);
     case 'f': case 'F':
-        return fixed_room(spec, va_arg(walk, double));
+        return fixed_room(field, va_arg(walk, double));
     case 'p':
         (void)va_arg(walk, void*);
-        return at_least(spec.span(), 20);
+        return at_least(field.span(), 20);
     case 's':
     case 'S':
-        return text_room<U>(spec, conversion == 'S', walk);
+        return text_room<U>(field, conversion == 'S', walk);
     case 'n':
     case 'Z':
         (void)va_arg(walk, void*);
@@ -168,28 +168,28 @@ int64_t format_estimate(const U* format, va_list args)
             ++total;
             continue;
         }
-        Spec spec;
+        Field field;
         for (;; ++p) {
             if (*p == ' ' || *p == '+' || *p == '-')
-                spec.flags += 1;
+                field.flags += 1;
             else if (*p == '#')
-                spec.flags += 2;
+                field.flags += 2;
             else
                 break;
         }
         // A negative `*` width pads on the left, a negative precision is none.
-        spec.width = read_count(p, walk);
-        spec.width = spec.width < 0 ? -spec.width : spec.width;
+        field.width = read_count(p, walk);
+        field.width = field.width < 0 ? -field.width : field.width;
         if (*p == '.') {
             ++p;
-            spec.hasPrecision = true;
-            spec.precision = read_count(p, walk);
-            spec.precision = spec.precision < 0 ? 0 : spec.precision;
+            field.hasPrecision = true;
+            field.precision = read_count(p, walk);
+            field.precision = field.precision < 0 ? 0 : field.precision;
         }
-        read_size(p, spec);
-        total += spec.flags;
+        read_size(p, field);
+        total += field.flags;
         if (*p)
-            total += conversion_room(*p++, spec, walk);
+            total += conversion_room(*p++, field, walk);
     }
     va_end(walk);
     return total;
