@@ -21,6 +21,7 @@
 #include "zor_reg.h"
 #include "zor_sym.h"
 #include "zor_td.h"
+#include "zor_trace.h"
 #include "zor_ts.h"
 
 namespace {
@@ -262,11 +263,37 @@ TEST_CASE("every allocating export gives its documented result and leaks nothing
     walk(kRows);
 }
 
+// A trace object of its own writing today's file of `stem`, limited to 1 KiB.
+struct Tracer {
+    TraceObject obj;
+    explicit Tracer(const std::wstring& stem)
+    {
+        memset(&obj, 0, sizeof obj);
+        for (auto& entry : obj.aFacility)
+            entry = 1;
+        InitializeCriticalSection(&obj.cs);
+        SYSTEMTIME now;
+        GetLocalTime(&now);
+        wchar_t day[16];
+        swprintf(day, 16, L"%04u%02u%02u", now.wYear, now.wMonth, now.wDay);
+        wcscpy(obj.szBaseName, stem.c_str());
+        wcscpy(obj.szFile, (stem + day + L".log").c_str());
+        wcscpy(obj.szLastFile, obj.szFile);
+        obj.dwLevelMask = 0x1F;
+        obj.nSizeKB = 1;
+        obj.bFile = 1;
+    }
+    ~Tracer() { DeleteCriticalSection(&obj.cs); }
+    Tracer(const Tracer&) = delete;
+    Tracer& operator=(const Tracer&) = delete;
+};
+
 // The same for the families that work on files, keys and the spooler, on a
 // private folder and key made once for all their rows.
 TEST_CASE("the exports on files and keys and the spooler give their documented results under exhaustion")
 {
-    TempDir dir;
+    // Current too: a trim puts its temporary file there.
+    TempDir dir(true);
     PrivateKey key;
     key.set_text(L"text", L"value");
     key.set_dword(L"number", 7);
@@ -307,6 +334,25 @@ TEST_CASE("the exports on files and keys and the spooler give their documented r
         {"ZOR_RegImport", [&] {
              const std::vector<std::wstring> files = {imported};
              return out_of_memory_or(ZOR_RegImport(&files));
+         }},
+        {"Trace past the size limit", [&] {
+             // Today's file over its 1 KiB limit: the check after the line
+             // trims it, or gives up the file sink when the trim can't run.
+             Tracer t(dir.file(L"big"));
+             write_bytes(t.obj.szFile, std::string(3000, 'x'));
+             Trace(&t.obj, 5, L"line", nullptr);
+             const size_t size = read_bytes(t.obj.szFile).size();
+             return t.obj.bFile == 1 ? size < 1100 : t.obj.dwLevelMask == 0;
+         }},
+        {"TraceHex to the event log", [&] {
+             // A line whose insertion string can't be copied is left out of
+             // the event record; the dump itself goes on.
+             Tracer t(dir.file(L"dump"));
+             t.obj.bEventLog = 1;
+             wcscpy(t.obj.szEventSource, L"ZORExhaustion");
+             static const unsigned char bytes[100] = {1, 2, 3};
+             TraceHex(&t.obj, 5, L"bytes", bytes, sizeof bytes);
+             return read_bytes(t.obj.szFile).find("HEX Dump: bytes (100 Bytes)") != std::string::npos;
          }},
         {"GetLocalPorts, GetNextPortInfo", [] {
              const int32_t taken = GetLocalPorts();
