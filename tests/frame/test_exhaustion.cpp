@@ -301,6 +301,7 @@ TEST_CASE("the exports on files and keys and the spooler give their documented r
     const std::wstring exported = dir.file(L"export.reg"), imported = dir.file(L"import.reg");
     const std::wstring keyPath = L"HKEY_CURRENT_USER\\" + key.path();
     write_bytes(lines, "first\r\nsecond\r\n");
+    write_bytes(dir.file(L"REGSVR32.EXE"), "no program");
     write_bytes(imported, "REGEDIT4\r\n\r\n[" + std::string(keyPath.begin(), keyPath.end()) +
                               "\\sub]\r\n\"name\"=\"text\"\r\n");
     const Row rows[] = {
@@ -353,6 +354,13 @@ TEST_CASE("the exports on files and keys and the spooler give their documented r
              static const unsigned char bytes[100] = {1, 2, 3};
              TraceHex(&t.obj, 5, L"bytes", bytes, sizeof bytes);
              return read_bytes(t.obj.szFile).find("HEX Dump: bytes (100 Bytes)") != std::string::npos;
+         }},
+        {"ZOR_OCXRegister", [&] {
+             // The tool found first in the current folder is no program, so
+             // nothing is started: the command line's block is all it takes.
+             const ZOROCXRegisterArgs args = {0, 1, {L"a.ocx"}};
+             const ZORStatus status = ZOR_OCXRegister(&args);
+             return status == ZOR_E_OUTOFMEMORY || status == ZOR_STATUS_FROM_WIN32(ERROR_BAD_EXE_FORMAT);
          }},
         {"GetLocalPorts, GetNextPortInfo", [] {
              const int32_t taken = GetLocalPorts();
