@@ -105,8 +105,7 @@ int wmain(int argc, wchar_t** argv)
         return 0;
     }
     if (options.version) {
-        const std::string number = ZORBASE_VERSION_STRING;
-        write_out(L"zorcalc " + std::wstring(number.begin(), number.end()) + L"\n");
+        write_version(L"zorcalc");
         return 0;
     }
     if (!_wsetlocale(LC_ALL, options.locale.c_str())) {

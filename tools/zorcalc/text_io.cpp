@@ -1,31 +1,5 @@
 #include "text_io.h"
 
-static std::string to_utf8(const wchar_t* text, size_t length)
-{
-    int n = WideCharToMultiByte(CP_UTF8, 0, text, int(length), nullptr, 0, nullptr, nullptr);
-    std::string bytes(size_t(n), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text, int(length), &bytes[0], n, nullptr, nullptr);
-    return bytes;
-}
-
-static void write_utf8(DWORD which, const std::wstring& text)
-{
-    std::string bytes = to_utf8(text.data(), text.size());
-    HANDLE handle = GetStdHandle(which);
-    const char* at = bytes.data();
-    size_t left = bytes.size();
-    while (left > 0) {
-        DWORD written = 0;
-        if (!WriteFile(handle, at, DWORD(left), &written, nullptr) || written == 0)
-            return;
-        at += written;
-        left -= written;
-    }
-}
-
-void write_out(const std::wstring& text) { write_utf8(STD_OUTPUT_HANDLE, text); }
-void write_err(const std::wstring& text) { write_utf8(STD_ERROR_HANDLE, text); }
-
 // A console delivers bytes in its own code page; asking it for wide text
 // keeps typed umlauts intact. Ctrl+Z at the start of a line ends the input.
 bool LineReader::read_console(std::string& bytes)

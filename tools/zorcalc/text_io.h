@@ -7,8 +7,7 @@
 
 #include <windows.h>
 
-void write_out(const std::wstring& text);
-void write_err(const std::wstring& text);
+#include "console_text.h"
 
 // Reads lines from a file or pipe as they arrive, so that a piped session
 // answers each line before the next one is typed. Input is UTF-8, with or

@@ -6,7 +6,6 @@
 #include "commands.h"
 #include "config.h"
 #include "output.h"
-#include "zor_version.h"
 
 namespace {
 
@@ -28,8 +27,7 @@ int wmain(int argc, wchar_t** argv)
         return 0;
     }
     if (options.version) {
-        const std::string number = ZORBASE_VERSION_STRING;
-        write_out(L"zortrace " + std::wstring(number.begin(), number.end()) + L"\n");
+        write_version(L"zortrace");
         return 0;
     }
     set_colour(options.colour);

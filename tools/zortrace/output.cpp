@@ -23,28 +23,6 @@ const LevelColour kColours[] = {
     {L'A', "\x1b[36m", FOREGROUND_GREEN | FOREGROUND_BLUE | FOREGROUND_INTENSITY},
 };
 
-std::string to_utf8(const std::wstring& text)
-{
-    int n = WideCharToMultiByte(CP_UTF8, 0, text.data(), int(text.size()), nullptr, 0, nullptr, nullptr);
-    std::string bytes(size_t(n), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text.data(), int(text.size()), &bytes[0], n, nullptr, nullptr);
-    return bytes;
-}
-
-void write_bytes(DWORD which, const std::string& bytes)
-{
-    HANDLE handle = GetStdHandle(which);
-    const char* at = bytes.data();
-    size_t left = bytes.size();
-    while (left > 0) {
-        DWORD written = 0;
-        if (!WriteFile(handle, at, DWORD(left), &written, nullptr) || written == 0)
-            return;
-        at += written;
-        left -= written;
-    }
-}
-
 const LevelColour* colour_of(wchar_t letter)
 {
     for (const LevelColour& colour : kColours)
@@ -54,9 +32,6 @@ const LevelColour* colour_of(wchar_t letter)
 }
 
 } // namespace
-
-void write_out(const std::wstring& text) { write_bytes(STD_OUTPUT_HANDLE, to_utf8(text)); }
-void write_err(const std::wstring& text) { write_bytes(STD_ERROR_HANDLE, to_utf8(text)); }
 
 void set_colour(int choice)
 {

@@ -4,8 +4,7 @@
 
 #include <string>
 
-void write_out(const std::wstring& text);
-void write_err(const std::wstring& text);
+#include "console_text.h"
 
 // Colour is off for pipes and files unless asked for, on for a console
 // unless refused: `choice` is 1 (--color), 0 (--no-color) or -1 (neither).
